@@ -1,0 +1,37 @@
+# The few helpers that make a new source or test file cost one line.
+
+# kest_flags: what every target of this project is compiled with.
+add_library(kest_flags INTERFACE)
+target_compile_options(kest_flags INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Werror)
+# The same bytes from every build: no path of the building machine goes into the files.
+target_compile_options(kest_flags INTERFACE -ffile-prefix-map=${PROJECT_SOURCE_DIR}=.)
+if(KEST_SANITIZE)
+  add_compile_options(-fsanitize=${KEST_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  add_link_options(-fsanitize=${KEST_SANITIZE})
+endif()
+if(WIN32)
+  # Hosts built by other compilers call with a stack aligned to 4 bytes only.
+  target_compile_options(kest_flags INTERFACE -mstackrealign)
+endif()
+
+# kest_layer(<name> USES <layers...> FILES <sources...>): one folder of src/ as the static library kest_<name>.
+function(kest_layer name)
+  cmake_parse_arguments(LAYER "" "" "USES;FILES" ${ARGN})
+  add_library(kest_${name} STATIC ${LAYER_FILES})
+  target_include_directories(kest_${name} PUBLIC ${PROJECT_SOURCE_DIR}/src)
+  target_compile_options(kest_${name} PRIVATE -ffunction-sections -fdata-sections)
+  list(TRANSFORM LAYER_USES PREPEND kest_)
+  target_link_libraries(kest_${name} PUBLIC ${LAYER_USES} PRIVATE kest_flags)
+endfunction()
+
+# kest_test(<name> [USES <libraries...>] [ENVIRONMENT <NAME=value...>] FILES <sources...>): one GoogleTest program, run
+# whole by ctest (under Wine when cross-compiled).
+function(kest_test name)
+  cmake_parse_arguments(TEST "" "" "USES;FILES;ENVIRONMENT" ${ARGN})
+  add_executable(${name} ${TEST_FILES})
+  target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR}/tests)
+  target_compile_definitions(${name} PRIVATE KEST_VECTORS="${PROJECT_SOURCE_DIR}/tests/vectors")
+  target_link_libraries(${name} PRIVATE ${TEST_USES} gmock_main kest_flags)
+  add_test(NAME ${name} COMMAND ${name})
+  set_tests_properties(${name} PROPERTIES TIMEOUT 900 ENVIRONMENT "${TEST_ENVIRONMENT}")
+endfunction()

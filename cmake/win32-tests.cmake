@@ -1,0 +1,5 @@
+# 32-bit Windows for the tests: GoogleTest needs the posix thread model. Programs run under Wine.
+include(${CMAKE_CURRENT_LIST_DIR}/win32.cmake)
+set(CMAKE_C_COMPILER i686-w64-mingw32-gcc-posix)
+set(CMAKE_CXX_COMPILER i686-w64-mingw32-g++-posix)
+set(CMAKE_CROSSCOMPILING_EMULATOR ${CMAKE_CURRENT_LIST_DIR}/../scripts/wine)
