@@ -1,0 +1,30 @@
+#include "os/posix/calendar.h"
+
+#include <gtest/gtest.h>
+
+namespace os::posix {
+namespace {
+
+TEST(Calendar, DaysBeyondTheirMonthAreRefusedAndLeaveTheResultAlone) {
+  const SystemTime dates[] = {
+      {2001, 2, 0, 29, 0, 0, 0, 0}, {1900, 2, 0, 29, 0, 0, 0, 0}, {2000, 2, 0, 30, 0, 0, 0, 0},
+      {2001, 4, 0, 31, 0, 0, 0, 0}, {2001, 12, 0, 32, 0, 0, 0, 0},
+  };
+  for (const SystemTime& date : dates) {
+    FileTime steps{1, 2};
+    EXPECT_FALSE(ToFileTime(date, &steps)) << date.year << "-" << date.month << "-" << date.day;
+    EXPECT_EQ(1u, steps.low);
+    EXPECT_EQ(2u, steps.high);
+  }
+}
+
+TEST(Calendar, TheLastDayThatSystemTimeHoldsIsTaken) {
+  const SystemTime date{30827, 12, 0, 31, 23, 59, 59, 999};
+  FileTime steps{};
+  EXPECT_TRUE(ToFileTime(date, &steps));
+  const SystemTime beyond{30828, 1, 0, 1, 0, 0, 0, 0};
+  EXPECT_FALSE(ToFileTime(beyond, &steps));
+}
+
+}  // namespace
+}  // namespace os::posix
