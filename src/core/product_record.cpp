@@ -1,0 +1,46 @@
+#include "core/product_record.h"
+
+#include <utility>
+
+namespace kest {
+
+String ProductRecord::Format() const {
+  const NameValueList& pairs = Fields();
+  std::uint64_t length = sizeof productFieldName + 4;
+  for (std::uint32_t i = 0; i < pairs.Count(); ++i) {
+    length += std::uint64_t{pairs.At(i).Name().Length()} + pairs.At(i).Value().Length() + 2;
+  }
+  String line;
+  line.Reserve(length);
+  line.Append(productFieldName);
+  line.Append(": ", 2);
+  for (std::uint32_t i = 0; i < pairs.Count(); ++i) {
+    if (i != 0) line.Append('^');
+    line.Append(pairs.At(i).Name());
+    line.Append(':');
+    line.Append(pairs.At(i).Value());
+  }
+  line.Append("\r\n", 2);
+  return line;
+}
+
+void ProductRecord::Parse(const String& text) {
+  // Its own share: the text may be a field of this very record.
+  const String held(text);
+  Clear();
+  const auto length = static_cast<std::int32_t>(held.Length());
+  std::int32_t position = 0;
+  for (;;) {
+    const std::int32_t colon = held.Find(':', position);
+    if (colon < 0) return;
+    std::int32_t end = held.Find('^', colon);
+    if (end < 0) end = length;
+    const auto slice = [&held](std::int32_t from, std::int32_t to) {
+      return held.Middle(static_cast<std::uint32_t>(from), static_cast<std::uint32_t>(to - from));
+    };
+    Fields().Add(NameValuePair(slice(position, colon), slice(colon + 1, end)));
+    position = end + 1;
+  }
+}
+
+}  // namespace kest

@@ -1,0 +1,28 @@
+// One product or order line: a FieldSet whose text form is the value of a "KEST-Product" field, name:value pairs joined
+// by "^". One record belongs to one thread at a time.
+#pragma once
+
+#include "core/field_set.h"
+
+namespace kest {
+
+// The name of the fields that carry product records.
+constexpr char productFieldName[] = "KEST-Product";
+
+class ProductRecord : public FieldSet {
+ public:
+  ProductRecord() = default;
+  ProductRecord(const ProductRecord&) = default;
+  ProductRecord(ProductRecord&&) noexcept = default;
+  ProductRecord& operator=(const ProductRecord&) = default;
+  ProductRecord& operator=(ProductRecord&&) noexcept = default;
+  ~ProductRecord() override = default;
+
+  // Renders the record as one header line: "KEST-Product", ": ", the pairs, "\r\n".
+  String Format() const override;
+  // Empties the record, then adds the pairs of `text`. A value may hold ":" but no "^"; a pair without ":" in the middle
+  // deliberately becomes part of the next name, one at the end is dropped, a text without ":" gives no pair.
+  void Parse(const String& text);
+};
+
+}  // namespace kest

@@ -1,0 +1,72 @@
+// String: numbers to text and back, letter case.
+#include <cctype>
+#include <cstdio>
+
+#include "core/string.h"
+
+namespace kest {
+namespace {
+
+// Appends `value` in `base`, at least `width` digits. Digits come out last first, so they are built from the end.
+void AppendDigits(String& text, std::uint32_t value, std::uint32_t base, std::uint32_t width) {
+  char digits[10];  // 2^32 - 1 in decimal
+  std::uint32_t count = 0;
+  do {
+    digits[sizeof digits - ++count] = "0123456789abcdef"[value % base];
+    value /= base;
+  } while (value != 0);
+  text.Reserve(std::uint64_t{text.Length()} + (width > count ? width : count));
+  for (std::uint32_t i = count; i < width; ++i) text.Append('0');
+  text.Append(digits + sizeof digits - count, count);
+}
+
+}  // namespace
+
+void String::AppendUnsigned(std::uint32_t value, std::uint32_t width) { AppendDigits(*this, value, 10, width); }
+
+void String::AppendSigned(std::int32_t value, std::uint32_t width) {
+  const auto bits = static_cast<std::uint32_t>(value);
+  if (value >= 0) {
+    AppendUnsigned(bits, width);
+    return;
+  }
+  String number("-");
+  number.AppendUnsigned(0u - bits, width);
+  Append(number);
+}
+
+void String::AppendHex(std::uint32_t value, std::uint32_t width) { AppendDigits(*this, value, 16, width); }
+
+std::uint32_t String::ToUnsigned() const {
+  std::uint32_t value = 0;
+  for (std::uint32_t i = 0; i < Length(); ++i) value = value * 10 + static_cast<unsigned char>(At(i)) - 48;
+  return value;
+}
+
+std::uint32_t String::ToUnsignedHex() const {
+  std::uint32_t value = 0;
+  for (std::uint32_t i = 0; i < Length(); ++i) {
+    const std::uint32_t code = static_cast<unsigned char>(At(i));
+    const std::uint32_t digit = code < 58 ? code - 48 : code >= 65 && code <= 90 ? code - 55 : code - 87;
+    // The same as weighing from the last character: what overflows is lost either way.
+    value = value * 16 + digit;
+  }
+  return value;
+}
+
+float String::ToFloat() const {
+  float value = 0;
+  if (!IsEmpty() && std::sscanf(Characters(), "%f", &value) != 1) return 0;
+  return value;
+}
+
+void String::ToUpper() {
+  if (IsEmpty()) return;
+  storage.Unshare();
+  char* characters = storage.Characters();
+  for (std::uint32_t i = 0; i < Length(); ++i) {
+    characters[i] = static_cast<char>(std::toupper(static_cast<unsigned char>(characters[i])));
+  }
+}
+
+}  // namespace kest
