@@ -5,23 +5,32 @@
 namespace kest {
 
 String ProductRecord::Format() const {
-  const NameValueList& pairs = Fields();
-  std::uint64_t length = sizeof productFieldName + 4;
-  for (std::uint32_t i = 0; i < pairs.Count(); ++i) {
-    length += std::uint64_t{pairs.At(i).Name().Length()} + pairs.At(i).Value().Length() + 2;
-  }
   String line;
-  line.Reserve(length);
-  line.Append(productFieldName);
-  line.Append(": ", 2);
-  for (std::uint32_t i = 0; i < pairs.Count(); ++i) {
-    if (i != 0) line.Append('^');
-    line.Append(pairs.At(i).Name());
-    line.Append(':');
-    line.Append(pairs.At(i).Value());
-  }
-  line.Append("\r\n", 2);
+  line.Reserve(LineLength());
+  AppendLine(line);
   return line;
+}
+
+std::uint64_t ProductRecord::LineLength() const {
+  const NameValueList& pairs = Fields();
+  std::uint64_t length = sizeof productFieldName - 1 + 4;
+  for (std::uint32_t i = 0; i < pairs.Count(); ++i) {
+    length += std::uint64_t{pairs.At(i).Name().Length()} + pairs.At(i).Value().Length() + (i != 0 ? 2 : 1);
+  }
+  return length;
+}
+
+void ProductRecord::AppendLine(String& text) const {
+  const NameValueList& pairs = Fields();
+  text.Append(productFieldName);
+  text.Append(": ", 2);
+  for (std::uint32_t i = 0; i < pairs.Count(); ++i) {
+    if (i != 0) text.Append('^');
+    text.Append(pairs.At(i).Name());
+    text.Append(':');
+    text.Append(pairs.At(i).Value());
+  }
+  text.Append("\r\n", 2);
 }
 
 void ProductRecord::Parse(const String& text) {

@@ -2,6 +2,8 @@
 // by "^". One record belongs to one thread at a time.
 #pragma once
 
+#include <cstdint>
+
 #include "core/field_set.h"
 
 namespace kest {
@@ -20,6 +22,10 @@ class ProductRecord : public FieldSet {
 
   // Renders the record as one header line: "KEST-Product", ": ", the pairs, "\r\n".
   String Format() const override;
+  // The size of that line in characters, and the line behind the text that is there; for whoever renders many records
+  // into one text and makes room for all of them first.
+  std::uint64_t LineLength() const;
+  void AppendLine(String& text) const;
   // Empties the record, then adds the pairs of `text`. A value may hold ":" but no "^"; a pair without ":" in the middle
   // deliberately becomes part of the next name, one at the end is dropped, a text without ":" gives no pair.
   void Parse(const String& text);
