@@ -32,14 +32,16 @@ void NameValueList::Add(NameValuePair&& pair) {
   pairs.AppendNew() = std::move(pair);
 }
 
-std::uint64_t HeaderLineLength(const NameValuePair& field) {
-  return std::uint64_t{field.Name().Length()} + field.Value().Length() + 4;
+std::uint64_t HeaderLinesLength(const NameValueList& fields) {
+  std::uint64_t length = 0;
+  for (std::uint32_t i = 0; i < fields.Count(); ++i) {
+    length += std::uint64_t{fields.At(i).Name().Length()} + fields.At(i).Value().Length() + 4;
+  }
+  return length;
 }
 
 void AppendHeaderLines(const NameValueList& fields, String& text) {
-  std::uint64_t length = text.Length();
-  for (std::uint32_t i = 0; i < fields.Count(); ++i) length += HeaderLineLength(fields.At(i));
-  text.Reserve(length);
+  text.Reserve(text.Length() + HeaderLinesLength(fields));
   for (std::uint32_t i = 0; i < fields.Count(); ++i) {
     text.Append(fields.At(i).Name());
     text.Append(": ", 2);

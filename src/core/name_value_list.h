@@ -59,9 +59,9 @@ class NameValueList : public Object {
   bool isOwner = true;  // read by nobody here; it keeps its place in the layout
 };
 
-// The size in characters of one field as a header line: name, ": ", value, "\r\n".
-std::uint64_t HeaderLineLength(const NameValuePair& field);
-// Appends every field as such a line, in list order; it computes the length first and grows `text` once.
+// The size in characters of all fields as header lines: name, ": ", value, "\r\n" each.
+std::uint64_t HeaderLinesLength(const NameValueList& fields);
+// Appends every field as such a line, in list order, making room for all of them first.
 void AppendHeaderLines(const NameValueList& fields, String& text);
 
 }  // namespace kest
