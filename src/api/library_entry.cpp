@@ -1,0 +1,34 @@
+// The library's entry: what happens when a process loads it and lets it go. The system calls it, one thread at a time.
+#include "api/library_state.h"
+#include "transport/socket_startup.h"
+
+#ifdef _WIN32
+
+#include <windows.h>
+
+extern "C" BOOL WINAPI DllMain(HINSTANCE module, DWORD reason, void*) {
+  if (reason == DLL_PROCESS_ATTACH) {
+    kest::State().module = module;
+    // A library without sockets still loads; its calls fail then.
+    kest::SocketStartup();
+  } else if (reason == DLL_PROCESS_DETACH) {
+    kest::SocketCleanup();
+  }
+  return TRUE;
+}
+
+#else
+
+namespace {
+
+class LibraryEntry {
+ public:
+  LibraryEntry() { kest::SocketStartup(); }
+  ~LibraryEntry() { kest::SocketCleanup(); }
+};
+
+LibraryEntry libraryEntry;
+
+}  // namespace
+
+#endif

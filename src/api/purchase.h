@@ -1,0 +1,16 @@
+// The fields of a billing reply. Whoever makes it owns it; one purchase belongs to one thread at a time.
+#pragma once
+
+#include "core/field_set.h"
+
+namespace kest {
+
+class Purchase : public FieldSet {
+ public:
+  Purchase() = default;
+  ~Purchase() override = default;
+};
+
+static_assert(sizeof(void*) != 4 || sizeof(Purchase) == 60, "the layout that 32-bit hosts may read");
+
+}  // namespace kest
