@@ -1,0 +1,103 @@
+#include "transport/auth_session.h"
+
+#include <cstring>
+
+#include "crypto/constant_time.h"
+#include "crypto/message_digest.h"
+#include "crypto/random_generator.h"
+#include "transport/character_reader.h"
+#include "transport/header_block.h"
+#include "transport/rsa_sealing.h"
+
+namespace kest {
+namespace {
+
+constexpr std::uint16_t keyBits = 1024;
+constexpr std::uint16_t challengeLength = 48;   // bytes
+constexpr std::uint32_t digestTextLength = 28;  // characters: base64 of 20 bytes
+
+constexpr char clientRacName[] = "KEST-Auth-Client-RAC";
+constexpr char serverRacName[] = "KEST-Auth-Server-RAC";
+
+// Base64 of SHA-1 over `text` and its terminating zero byte, which is part of the digested data. Empty on failure.
+String DigestOf(const String& text) {
+  String encoded;
+  const ByteBuffer digest = DigestText(text, sha1Descriptor);
+  if (!digest.EncodeBase64(encoded)) encoded.Empty();
+  return encoded;
+}
+
+bool EqualSecrets(const String& a, const String& b) {
+  return a.Length() == b.Length() && EqualBytes(a.Characters(), b.Characters(), a.Length());
+}
+
+}  // namespace
+
+bool AuthSession::Begin() {
+  if (!sessionKey.MakeKey(keyBits, nullptr, 0)) return false;
+  RandomGenerator generator;
+  ByteBuffer challenge;
+  std::uint8_t* bytes = challenge.TakeBuffer(challengeLength);
+  const bool isDrawn = generator.SeedFromEntropy(challengeLength) && generator.GenerateBytes(bytes, challengeLength);
+  challenge.ReturnBuffer();
+  generator.Destroy();
+  return isDrawn && challenge.EncodeBase64(clientRac) && !clientRac.IsEmpty();
+}
+
+String AuthSession::ExportedKey() {
+  String text;
+  const ByteBuffer key = sessionKey.ExportKey();
+  if (key.IsEmpty() || !key.EncodeBase64(text)) text.Empty();
+  return text;
+}
+
+String AuthSession::SealMessage(NameValueList& fields, bool isHandshake) {
+  fields.Set(clientRacName, clientRac);
+  fields.Set(serverRacName, serverRac);
+  fields.Set("KEST-Protocol-Version", "1.1");
+  String text;
+  text.Reserve(HeaderLinesLength(fields) + 2);
+  AppendHeaderLines(fields, text);
+  text.Append("\r\n", 2);
+
+  String message = DigestOf(text);
+  if (message.IsEmpty()) return String();
+  message.Reserve(std::uint64_t{message.Length()} + text.Length());
+  message.Append(text);
+  // The terminating zero byte is enciphered too: it ends the message for the receiver.
+  const ByteBuffer plain(message.Characters(), message.Length() + 1);
+  const ByteBuffer sealed = isHandshake ? SealUnderServerKey(plain) : sessionKey.Encipher(plain);
+  String body;
+  if (sealed.IsEmpty() || !sealed.EncodeBase64(body)) return String();
+  return body;
+}
+
+bool AuthSession::OpenMessage(const String& body, NameValueList& fields) {
+  ByteBuffer sealed;
+  if (!sealed.DecodeBase64(body)) return false;
+  const ByteBuffer plain = sessionKey.Decipher(sealed);
+  if (plain.IsEmpty()) return false;
+  // A reply is text: it ends at its first zero byte, whether or not the server enciphered one.
+  const auto* characters = reinterpret_cast<const char*>(plain.Bytes());
+  const void* end = std::memchr(characters, '\0', plain.Length());
+  const auto length = end != nullptr ? static_cast<std::uint32_t>(static_cast<const char*>(end) - characters)
+                                     : plain.Length();
+  if (length < digestTextLength) return false;
+  const String text(characters + digestTextLength, length - digestTextLength);
+  const String digest = DigestOf(text);
+  if (digest.Length() != digestTextLength || !EqualBytes(digest.Characters(), characters, digestTextLength)) {
+    return false;
+  }
+  TextReader reader(text);
+  return ReadHeaderBlock(reader, fields) && AcceptChallenges(fields);
+}
+
+bool AuthSession::AcceptChallenges(const NameValueList& fields) {
+  const String replyServerRac = fields.Get(serverRacName);
+  if (!serverRac.IsEmpty() && !EqualSecrets(serverRac, replyServerRac)) return false;
+  if (!EqualSecrets(clientRac, fields.Get(clientRacName))) return false;
+  serverRac = replyServerRac;
+  return true;
+}
+
+}  // namespace kest
