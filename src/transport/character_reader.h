@@ -22,13 +22,7 @@ class CharacterReader {
     return character;
   }
   // The same, leaving it to be read.
-  int Peek() {
-    if (next == limit) {
-      const std::int32_t got = Fill();
-      if (got <= 0) return got < 0 ? -1 : 0;
-    }
-    return *next;
-  }
+  int Peek() { return next != limit || FillOnce() ? *next : ending; }
   // Copies up to `capacity` bytes, zero bytes included: their count, 0 at the end of the stream, -1 on an error.
   std::int32_t ReadBytes(void* bytes, std::uint32_t capacity);
 
@@ -39,11 +33,16 @@ class CharacterReader {
  protected:
   ~CharacterReader() = default;
 
-  // Points `next` and `limit` at further bytes: their count, 0 at the end of the stream, -1 on an error.
+  // Points `next` and `limit` at further bytes: their count, 0 at the end of the stream, below 0 on an error.
   virtual std::int32_t Fill() = 0;
 
   const std::uint8_t* next = nullptr;
   const std::uint8_t* limit = nullptr;
+  // How the stream ended: 0 or -1 as above, 1 while it has not. An end stays one, whatever the source says later.
+  std::int32_t ending = 1;
+
+ private:
+  bool FillOnce();
 };
 
 // Reads from a text, which it shares.
@@ -65,7 +64,10 @@ class ConnectionReader final : public CharacterReader {
   explicit ConnectionReader(SocketConnection& source) : connection(source) {}
 
   // Forgets what is in the buffer: for a new connection.
-  void Reset() { next = limit = nullptr; }
+  void Reset() {
+    next = limit = nullptr;
+    ending = 1;
+  }
 
  protected:
   std::int32_t Fill() override;

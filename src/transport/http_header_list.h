@@ -8,6 +8,10 @@ namespace kest {
 
 using HttpHeaderList = NameValueList;
 
+// Ends the first line of a head and appends the header lines and the empty line behind them. Throws
+// Qor::MemoryException when there is no memory.
+void AppendHeaderBlock(const HttpHeaderList& headers, String& head);
+
 namespace header {
 
 constexpr char accept[] = "Accept";

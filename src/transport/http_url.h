@@ -31,6 +31,12 @@ struct HttpUrl {
   // after that and begins with "/". Throws Qor::MemoryException when there is no memory.
   void Merge(const HttpUrl& reference);
 
+  // The index behind the last "/" of a path, 0 where there is none.
+  static std::uint32_t LastSegmentOf(const String& whole);
+
+  // Splits a path into path and parameters: those begin at the first ";" of the last segment.
+  void SplitPath(const String& whole);
+
   // Appends path, parameters, query and fragment. The fragment is deliberately among them.
   void AppendPathPart(String& text) const;
 
