@@ -1,0 +1,30 @@
+// The commands of the program. Each throws std::runtime_error with words for its user, who sees them on stderr.
+#pragma once
+
+#include <string>
+
+#include "commerce_server.h"
+#include "http_server.h"
+
+namespace sandbox {
+
+struct InitOptions {
+  std::string folder;
+  unsigned bits = 1024;
+};
+
+/// Makes the folder's key pair and sample catalogue and says on stdout what to do next. Overwrites nothing.
+void Init(const InitOptions& options);
+
+struct ServeOptions {
+  std::string folder;
+  std::string listen = "127.0.0.1:0";
+  SessionLimits sessions;
+  HttpLimits http;
+  bool verbose = false;
+};
+
+/// Serves the folder, having told of its readiness in one line of JSON on stdout, until SIGTERM or SIGINT.
+void Serve(const ServeOptions& options);
+
+}  // namespace sandbox

@@ -1,0 +1,109 @@
+#include "commerce_server.h"
+
+#include <algorithm>
+
+#include "base64.h"
+#include "log_text.h"
+#include "refusal.h"
+
+namespace sandbox {
+namespace {
+
+constexpr const char* protocolVersion = "1.1";
+constexpr std::size_t challengeLength = 48;
+constexpr std::size_t connectionIdLength = 16;
+
+std::string HexText(std::string_view bytes) {
+  constexpr char digits[] = "0123456789abcdef";
+  std::string text;
+  for (unsigned char byte : bytes) {
+    text.push_back(digits[byte >> 4]);
+    text.push_back(digits[byte & 15]);
+  }
+  return text;
+}
+
+void CheckVersion(const FieldList& fields) {
+  if (FieldOrEmpty(fields, "KEST-Protocol-Version") != protocolVersion) throw Refused(Refusal::ProtocolVersion);
+}
+
+// A client makes this list itself, so nothing of its host stands in it and the list can be held to the letter.
+void CheckHandshakeFields(const FieldList& fields) {
+  constexpr std::string_view owed[] = {"KEST-Auth-Client-Key", "KEST-Auth-Client-RAC", "KEST-Auth-Server-RAC",
+                                       "KEST-Protocol-Version"};
+  const bool inOrder = std::equal(fields.begin(), fields.end(), std::begin(owed), std::end(owed),
+                                  [](const Field& field, std::string_view name) { return field.name == name; });
+  if (!inOrder || !FieldOrEmpty(fields, "KEST-Auth-Server-RAC").empty()) throw Refused(Refusal::HandshakeFields);
+  CheckVersion(fields);
+  const std::optional<std::string> challenge = DecodeBase64(FieldOrEmpty(fields, "KEST-Auth-Client-RAC"));
+  if (!challenge || challenge->size() != challengeLength) throw Refused(Refusal::ClientChallengeForm);
+}
+
+SessionKey ReadClientKey(const FieldList& fields) {
+  const std::optional<std::string> exported = DecodeBase64(FieldOrEmpty(fields, "KEST-Auth-Client-Key"));
+  if (!exported) throw Refused(Refusal::ClientKey);
+  return SessionKey(*exported);
+}
+
+FieldList ReplyFields(const Session& session) {
+  return {{"KEST-Auth-Client-RAC", session.clientChallenge},
+          {"KEST-Auth-Server-RAC", session.serverChallenge},
+          {"KEST-Protocol-Version", protocolVersion}};
+}
+
+std::string InSession(const Session& session) {
+  return "session " + std::to_string(session.number);
+}
+
+}  // namespace
+
+CommerceServer::CommerceServer(const KeyPair& serverKey, const Operations& services, SessionLimits limits,
+                               Environment machine)
+    : keyPair(serverKey),
+      operations(services),
+      environment(std::move(machine)),
+      sessions(limits.lifetime, limits.most, environment.now) {}
+
+SealedReply CommerceServer::Answer(const RequestHead& head, const std::string& body) {
+  return head.connectionId.empty() ? AnswerHandshake(head, body) : AnswerRequest(head, body);
+}
+
+SealedReply CommerceServer::AnswerHandshake(const RequestHead& head, const std::string& body) {
+  const FieldList fields = OpenHandshake(body, keyPair);
+  CheckHandshakeFields(fields);
+  Session session{sessionCount + 1, ReadClientKey(fields), std::string(FieldOrEmpty(fields, "KEST-Auth-Client-RAC")),
+                  EncodeBase64(environment.randomBytes(challengeLength))};
+  const std::string connectionId = HexText(environment.randomBytes(connectionIdLength));
+  FieldList replyFields = ReplyFields(session);
+  replyFields.insert(replyFields.begin(), {"KEST-Auth-CID", connectionId});
+
+  SealedReply reply;
+  reply.body = SealReply(replyFields, session.key);
+  reply.summary = "handshake for " + SafeName(std::string_view(head.path).substr(1)) + ", opened " + InSession(session);
+  sessions.Add(connectionId, std::move(session));
+  sessionCount++;
+  return reply;
+}
+
+SealedReply CommerceServer::AnswerRequest(const RequestHead& head, const std::string& body) {
+  const Session session = sessions.Take(head.connectionId);
+  const FieldList fields = OpenRequest(body, session.key);
+  CheckVersion(fields);
+  if (FieldOrEmpty(fields, "KEST-Auth-Client-RAC") != session.clientChallenge) throw Refused(Refusal::ClientChallenge);
+  if (FieldOrEmpty(fields, "KEST-Auth-Server-RAC") != session.serverChallenge) throw Refused(Refusal::ServerChallenge);
+  const std::string_view service = FieldOrEmpty(fields, "KEST-Service");
+  if (std::string_view(head.path).substr(1) != service) throw Refused(Refusal::Service);
+
+  const OperationResult result = operations.Run(service, fields);
+  FieldList replyFields = ReplyFields(session);
+  replyFields.insert(replyFields.end(), result.fields.begin(), result.fields.end());
+
+  SealedReply reply;
+  reply.body = SealReply(replyFields, session.key);
+  reply.failed = result.error.code != noError.code;
+  reply.summary = InSession(session) + ", " + result.summary;
+  if (reply.failed) reply.summary += " (KEST-Error " + std::to_string(result.error.code) + ")";
+  return reply;
+}
+
+}  // namespace sandbox

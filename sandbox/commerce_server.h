@@ -1,0 +1,47 @@
+// The server's half of the commerce protocol without HTTP: a checked head and a body go in, a sealed reply comes out.
+// It owns the sessions; keys and operations are lent to it and must outlive it. One thread at a time may use it.
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <string>
+
+#include "environment.h"
+#include "key_pair.h"
+#include "operations.h"
+#include "request_check.h"
+#include "session_table.h"
+
+namespace sandbox {
+
+struct SessionLimits {
+  std::chrono::seconds lifetime{300};
+  std::size_t most = 10000;
+};
+
+struct SealedReply {
+  std::string body;     // base64
+  std::string summary;  // one line for the log, free of secrets
+  bool failed = false;  // true when the reply tells the client of an error code
+};
+
+class CommerceServer {
+ public:
+  CommerceServer(const KeyPair& serverKey, const Operations& services, SessionLimits limits, Environment machine);
+
+  /// Answers a handshake (the head names no connection) or the request of a session. A session is used up as soon as a
+  /// request names it, whatever comes of that request. Throws Refused.
+  SealedReply Answer(const RequestHead& head, const std::string& body);
+
+ private:
+  SealedReply AnswerHandshake(const RequestHead& head, const std::string& body);
+  SealedReply AnswerRequest(const RequestHead& head, const std::string& body);
+
+  const KeyPair& keyPair;
+  const Operations& operations;
+  const Environment environment;
+  SessionTable sessions;
+  std::uint64_t sessionCount = 0;
+};
+
+}  // namespace sandbox

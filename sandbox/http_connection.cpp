@@ -1,0 +1,175 @@
+#include "http_connection.h"
+
+#include <spdlog/spdlog.h>
+
+#include <boost/asio/buffer.hpp>
+#include <boost/asio/read_until.hpp>
+#include <boost/beast/http/read.hpp>
+#include <boost/beast/http/write.hpp>
+
+#include "log_text.h"
+
+namespace sandbox {
+namespace {
+
+namespace asio = boost::asio;
+namespace http = boost::beast::http;
+
+// How long the server reads on after its reply. A socket closed while unread bytes wait is reset, and a reset can
+// overtake a reply that the client has not read yet.
+constexpr std::chrono::milliseconds drainTime{2000};
+
+// Tells of a head that CheckHead has passed and that still fails the parser, where only the parser looks.
+bool IsMalformed(const boost::system::error_code& error) {
+  const bool fromParser = error.category() == make_error_code(http::error::bad_field).category();
+  return fromParser && error != http::error::partial_message && error != http::error::end_of_stream;
+}
+
+}  // namespace
+
+HttpConnection::HttpConnection(Tcp::socket connected, ConnectionContext& shared,
+                               std::function<void(HttpConnection*)> whenOver)
+    : socket(std::move(connected)),
+      timer(socket.get_executor()),
+      context(shared),
+      over(std::move(whenOver)),
+      began(std::chrono::steady_clock::now()) {
+  Error ignored;
+  const Tcp::endpoint end = socket.remote_endpoint(ignored);
+  peer = end.address().to_string() + ":" + std::to_string(end.port());
+}
+
+HttpConnection::~HttpConnection() {
+  over(this);
+}
+
+void HttpConnection::Start() {
+  StartTimer(context.limits.clientTime);
+  socket.async_wait(Tcp::socket::wait_read, [self = shared_from_this()](Error error) {
+    if (error || self->timedOut) return self->RefuseIncomplete(error);
+    self->begun = true;
+    self->ReadHead();
+  });
+}
+
+void HttpConnection::CloseIfIdle() {
+  Error error;
+  if (begun || socket.available(error) > 0) return;
+  socket.cancel(error);
+}
+
+void HttpConnection::ReadHead() {
+  asio::async_read_until(socket, asio::dynamic_buffer(received, context.limits.maxHead), "\r\n\r\n",
+                         [self = shared_from_this()](Error error, std::size_t length) { self->OnHead(error, length); });
+}
+
+void HttpConnection::OnHead(Error error, std::size_t length) {
+  if (error == asio::error::not_found) return Refuse(Refusal::HeadTooLarge);
+  if (error || timedOut) return RefuseIncomplete(error);
+  try {
+    head = CheckHead(std::string_view(received).substr(0, length));
+  } catch (const Refused& refused) {
+    return Refuse(refused.refusal);
+  }
+  if (head->contentLength > context.limits.maxBody) return Refuse(Refusal::BodyTooLarge);
+  context.log->debug("{}: head read, {} bytes of body announced", About(), head->contentLength);
+  ReadBody();
+}
+
+void HttpConnection::ReadBody() {
+  buffer.commit(asio::buffer_copy(buffer.prepare(received.size()), asio::buffer(received)));
+  parser.header_limit(static_cast<std::uint32_t>(context.limits.maxHead));
+  parser.body_limit(context.limits.maxBody);
+  http::async_read(socket, buffer, parser,
+                   [self = shared_from_this()](Error error, std::size_t) { self->OnBody(error); });
+}
+
+void HttpConnection::OnBody(Error error) {
+  if (!error) return AnswerRequest();
+  if (IsMalformed(error)) return Refuse(Refusal::HeaderLine);
+  RefuseIncomplete(error);
+}
+
+void HttpConnection::AnswerRequest() {
+  const std::string& body = parser.get().body();
+  try {
+    SealedReply sealed = context.commerceServer.Answer(*head, body);
+    const auto spent = std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::steady_clock::now() - began);
+    context.log->log(sealed.failed ? spdlog::level::warn : spdlog::level::info,
+                     "{}: answered with 200, {} bytes in, {} bytes out, {} ms: {}", About(), body.size(),
+                     sealed.body.size(), spent.count(), sealed.summary);
+    Reply(200, std::move(sealed.body));
+  } catch (const Refused& refused) {
+    Refuse(refused.refusal);
+  } catch (const std::exception& error) {
+    context.log->error("{}: the server failed: {}", About(), error.what());
+    Refuse(Refusal::Internal);
+  }
+}
+
+void HttpConnection::Refuse(Refusal refusal) {
+  const int status = RefusalStatus(refusal);
+  const std::string reason = RefusalReason(refusal);
+  context.log->warn("{}: refused with {}: {}", About(), status, reason);
+  if (refusal == Refusal::Method) reply.set(http::field::allow, "GET");
+  Reply(status, reason + "\n");
+}
+
+// The request did not arrive whole. Nobody is told when nothing arrived at all: that was a probe, or the server stops.
+void HttpConnection::RefuseIncomplete(Error error) {
+  const bool nothing = !begun || (received.empty() && !timedOut);
+  if (nothing) return context.log->debug("{}: closed before a request", About());
+  if (timedOut) return Refuse(Refusal::TooSlow);
+  const bool ended = error == asio::error::eof || error == http::error::partial_message;
+  if (ended) return Refuse(Refusal::CutShort);
+  context.log->warn("{}: the connection broke before the whole request had arrived: {}", About(), error.message());
+}
+
+void HttpConnection::Reply(int status, std::string body) {
+  replying = true;
+  reply.version(10);
+  reply.result(static_cast<unsigned>(status));
+  reply.set(http::field::content_type, "text/plain");
+  reply.body() = std::move(body);
+  reply.prepare_payload();
+  StartTimer(context.limits.clientTime);
+  http::async_write(socket, reply, [self = shared_from_this()](Error error, std::size_t) {
+    if (error) return self->context.log->warn("{}: the reply was not taken: {}", self->About(), error.message());
+    Error ignored;
+    self->socket.shutdown(Tcp::socket::shutdown_send, ignored);
+    self->StartTimer(std::min(drainTime, self->context.limits.clientTime));
+    self->Drain();
+  });
+}
+
+void HttpConnection::Drain() {
+  received.resize(8192);
+  socket.async_read_some(asio::buffer(received), [self = shared_from_this()](Error error, std::size_t) {
+    if (!error) return self->Drain();
+    self->timer.cancel();
+  });
+}
+
+void HttpConnection::StartTimer(std::chrono::milliseconds time) {
+  timer.expires_after(time);
+  timer.async_wait([weak = weak_from_this()](Error error) {
+    const std::shared_ptr<HttpConnection> self = weak.lock();
+    if (self && !error) self->OnTimer();
+  });
+}
+
+void HttpConnection::OnTimer() {
+  Error ignored;
+  timedOut = true;
+  if (replying) {
+    socket.close(ignored);
+  } else {
+    socket.cancel(ignored);
+  }
+}
+
+std::string HttpConnection::About() const {
+  return head ? peer + " /" + SafeName(std::string_view(head->path).substr(1)) : peer;
+}
+
+}  // namespace sandbox

@@ -1,0 +1,79 @@
+// One connection of the HTTP server: reads a request, has it checked and answered, writes the reply, closes. It keeps
+// itself alive while an operation is under way. Belongs to the thread that runs the server; included by the two files
+// of the HTTP server alone, because Beast is slow to compile.
+#pragma once
+
+#include <boost/asio/io_context.hpp>
+#include <boost/asio/ip/tcp.hpp>
+#include <boost/asio/steady_timer.hpp>
+#include <boost/beast/core/flat_buffer.hpp>
+#include <boost/beast/http/message.hpp>
+#include <boost/beast/http/parser.hpp>
+#include <boost/beast/http/string_body.hpp>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "http_server.h"
+#include "refusal.h"
+
+namespace sandbox {
+
+/// What the connections of a server share.
+struct ConnectionContext {
+  CommerceServer& commerceServer;
+  HttpLimits limits;
+  std::shared_ptr<spdlog::logger> log;
+};
+
+class HttpConnection : public std::enable_shared_from_this<HttpConnection> {
+ public:
+  using Tcp = boost::asio::ip::tcp;
+  using Error = boost::system::error_code;
+
+  /// Takes the connected socket; `whenOver` is called once, when the connection is destroyed.
+  HttpConnection(Tcp::socket connected, ConnectionContext& shared, std::function<void(HttpConnection*)> whenOver);
+  ~HttpConnection();
+
+  /// Begins to wait for the request.
+  void Start();
+
+  /// Closes the connection when nothing of a request has arrived on it yet.
+  void CloseIfIdle();
+
+ private:
+  void ReadHead();
+  void OnHead(Error error, std::size_t length);
+  void ReadBody();
+  void OnBody(Error error);
+  void AnswerRequest();
+  void Refuse(Refusal refusal);
+  void RefuseIncomplete(Error error);
+  void Reply(int status, std::string body);
+  void Drain();
+  void StartTimer(std::chrono::milliseconds time);
+  void OnTimer();
+  std::string About() const;
+
+  using RequestParser = boost::beast::http::request_parser<boost::beast::http::string_body>;
+
+  Tcp::socket socket;
+  boost::asio::steady_timer timer;
+  ConnectionContext& context;
+  const std::function<void(HttpConnection*)> over;
+  const std::chrono::steady_clock::time_point began;
+  std::string peer;
+
+  std::string received;  // what the reading of the head took from the socket: the head and perhaps some of the body
+  std::optional<RequestHead> head;
+  boost::beast::flat_buffer buffer;
+  RequestParser parser;
+  boost::beast::http::response<boost::beast::http::string_body> reply;
+
+  bool begun = false;     // something has arrived
+  bool replying = false;  // the request is decided; from here on a timeout just closes
+  bool timedOut = false;
+};
+
+}  // namespace sandbox

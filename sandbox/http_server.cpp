@@ -1,0 +1,124 @@
+#include "http_server.h"
+
+#include <spdlog/spdlog.h>
+
+#include <boost/asio/post.hpp>
+#include <boost/asio/signal_set.hpp>
+#include <csignal>
+#include <set>
+#include <stdexcept>
+
+#include "http_connection.h"
+
+namespace sandbox {
+
+namespace asio = boost::asio;
+using Tcp = asio::ip::tcp;
+using Error = boost::system::error_code;
+
+struct HttpServer::Core {
+  Core(CommerceServer& commerceServer, HttpLimits limits, std::shared_ptr<spdlog::logger> log)
+      : context{commerceServer, limits, std::move(log)} {}
+  ~Core() { leaving = true; }
+
+  void Accept();
+  void OnAccepted(Error error, Tcp::socket socket);
+  void OnOver(HttpConnection* connection);
+  void Stop();
+
+  ConnectionContext context;
+  std::set<HttpConnection*> connections;  // each takes itself out when it is destroyed
+  bool accepting = false;
+  bool leaving = false;  // the acceptor is going, although connections may still end
+  // Last, so that it goes first: destroying it destroys the connections that wait in it, and they come to the set
+  // above.
+  asio::io_context io;
+  Tcp::acceptor acceptor{io};
+  asio::signal_set signals{io};
+  asio::steady_timer pause{io};
+};
+
+void HttpServer::Core::Accept() {
+  if (accepting || !acceptor.is_open() || connections.size() >= context.limits.maxConnections) return;
+  accepting = true;
+  acceptor.async_accept([this](Error error, Tcp::socket socket) { OnAccepted(error, std::move(socket)); });
+}
+
+void HttpServer::Core::OnAccepted(Error error, Tcp::socket socket) {
+  accepting = false;
+  if (error == asio::error::operation_aborted) return;
+  if (!error) {
+    const auto connection =
+        std::make_shared<HttpConnection>(std::move(socket), context, [this](HttpConnection* gone) { OnOver(gone); });
+    connections.insert(connection.get());
+    connection->Start();
+    return Accept();
+  }
+  // Most likely the process is out of file descriptors. They come back as connections end; trying at once would spin.
+  context.log->error("a connection could not be accepted: {}", error.message());
+  pause.expires_after(std::chrono::milliseconds(100));
+  pause.async_wait([this](Error stopped) {
+    if (!stopped) Accept();
+  });
+}
+
+void HttpServer::Core::OnOver(HttpConnection* connection) {
+  connections.erase(connection);
+  if (!leaving) Accept();
+}
+
+void HttpServer::Core::Stop() {
+  if (!acceptor.is_open()) return;
+  context.log->info("stopping: {} connections are open", connections.size());
+  Error ignored;
+  acceptor.close(ignored);
+  signals.clear(ignored);
+  signals.cancel(ignored);
+  pause.cancel();
+  for (HttpConnection* connection : connections) connection->CloseIfIdle();
+}
+
+HttpServer::HttpServer(CommerceServer& commerceServer, HttpLimits limits, std::shared_ptr<spdlog::logger> log)
+    : core(std::make_unique<Core>(commerceServer, limits, std::move(log))) {}
+
+HttpServer::~HttpServer() = default;
+
+void HttpServer::Listen(const std::string& address, std::uint16_t port) {
+  try {
+    const Tcp::endpoint endpoint(asio::ip::make_address(address), port);
+    core->acceptor.open(endpoint.protocol());
+    core->acceptor.set_option(Tcp::acceptor::reuse_address(true));
+    core->acceptor.bind(endpoint);
+    core->acceptor.listen();
+  } catch (const boost::system::system_error& error) {
+    throw std::runtime_error("cannot listen on address " + address + ", port " + std::to_string(port) + ": " +
+                             error.code().message());
+  }
+  core->Accept();
+}
+
+std::string HttpServer::Host() const {
+  return core->acceptor.local_endpoint().address().to_string();
+}
+
+std::uint16_t HttpServer::Port() const {
+  return core->acceptor.local_endpoint().port();
+}
+
+void HttpServer::StopOnSignals() {
+  core->signals.add(SIGINT);
+  core->signals.add(SIGTERM);
+  core->signals.async_wait([this](Error error, int) {
+    if (!error) core->Stop();
+  });
+}
+
+void HttpServer::Run() {
+  core->io.run();
+}
+
+void HttpServer::Stop() {
+  asio::post(core->io, [this] { core->Stop(); });
+}
+
+}  // namespace sandbox

@@ -1,0 +1,40 @@
+// What the server does for an opened request: the one place where the name of a service meets its handler. Reads the
+// catalogue, which must outlive it; holds no state of its own. One thread at a time may run a service.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "catalogue.h"
+#include "error_codes.h"
+#include "fields.h"
+
+namespace sandbox {
+
+struct OperationResult {
+  ErrorCode error;
+  FieldList fields;     // "KEST-Error" first; without the fields of the sealed exchange
+  std::string summary;  // for the log: no value of a request but what SafeName or SafeGuid let pass
+};
+
+class Operations {
+ public:
+  explicit Operations(const Catalogue& products) : catalogue(products) {}
+
+  /// Runs the service of that name. An unknown service, like every refusal of a service, is an answer with an error
+  /// code.
+  OperationResult Run(std::string_view service, const FieldList& request) const;
+
+ private:
+  OperationResult GetProductList(const FieldList& request) const;
+
+  struct Service {
+    std::string_view name;
+    OperationResult (Operations::*handler)(const FieldList& request) const;
+  };
+  static const Service services[];
+
+  const Catalogue& catalogue;
+};
+
+}  // namespace sandbox

@@ -1,0 +1,112 @@
+#include <spdlog/sinks/stdout_sinks.h>
+#include <spdlog/spdlog.h>
+
+#include <csignal>
+#include <filesystem>
+#include <iostream>
+#include <nlohmann/json.hpp>
+#include <stdexcept>
+
+#include "catalogue.h"
+#include "commands.h"
+#include "files.h"
+#include "http_server.h"
+#include "key_pair.h"
+
+namespace sandbox {
+namespace {
+
+KeyPair LoadKeyPair(const std::filesystem::path& folder) {
+  const std::filesystem::path file = folder / privateKeyFile;
+  if (!std::filesystem::exists(file)) {
+    throw std::runtime_error(folder.string() + " holds no " + privateKeyFile + ". Make a sandbox folder with \"" +
+                             "kest-sandbox init " + folder.string() + "\".");
+  }
+  const std::string text = ReadFile(file);
+  try {
+    return KeyPair::FromPrivateText(text);
+  } catch (const std::runtime_error& error) {
+    throw std::runtime_error(file.string() + " cannot be used: " + error.what() +
+                             ". Put the right key there, or remove the folder's files and make new ones with init.");
+  }
+}
+
+// Clients are given public.key. One that does not fit the private key would make each of their calls fail without a
+// word.
+void CheckPublicKey(const std::filesystem::path& folder, const std::string& text) {
+  const std::filesystem::path file = folder / publicKeyFile;
+  if (!std::filesystem::exists(file)) return;
+  const std::string found = ReadFile(file);
+  if (found == text || found == text + "\n") return;
+  throw std::runtime_error(file.string() + " does not belong to " + privateKeyFile +
+                           ". Remove it; the ready line of serve tells the right key.");
+}
+
+Catalogue LoadCatalogue(const std::filesystem::path& folder) {
+  const std::filesystem::path file = folder / catalogueFile;
+  const std::string text = ReadFile(file);
+  try {
+    return Catalogue::FromText(text);
+  } catch (const CatalogueError& error) {
+    throw std::runtime_error(file.string() + ": " + error.what());
+  }
+}
+
+struct ListenAddress {
+  std::string host;
+  std::uint16_t port;
+};
+
+ListenAddress ParseListen(const std::string& text) {
+  const std::size_t colon = text.rfind(':');
+  std::string host = text.substr(0, colon == std::string::npos ? 0 : colon);
+  const std::string port = colon == std::string::npos ? "" : text.substr(colon + 1);
+  if (host.size() > 2 && host.front() == '[' && host.back() == ']') host = host.substr(1, host.size() - 2);
+  const bool digits = !port.empty() && port.size() <= 5 && port.find_first_not_of("0123456789") == std::string::npos;
+  if (host.empty() || !digits || std::stoul(port) > 65535) {
+    throw std::runtime_error("--listen needs a numeric address and a port, such as 127.0.0.1:0 or [::1]:8080");
+  }
+  return {host, static_cast<std::uint16_t>(std::stoul(port))};
+}
+
+void PrintReady(const HttpServer& server, const std::string& key) {
+  const std::string host = server.Host();
+  const std::string shown = host.find(':') == std::string::npos ? host : "[" + host + "]";
+  nlohmann::ordered_json line;
+  line["event"] = "ready";
+  line["address"] = shown + ":" + std::to_string(server.Port());
+  line["host"] = host;
+  line["port"] = server.Port();
+  line["key"] = key;
+  std::cout << line.dump() << std::endl;
+  if (!std::cout) throw std::runtime_error("cannot write the ready line to stdout");
+}
+
+std::shared_ptr<spdlog::logger> MakeLog(bool verbose) {
+  auto log = std::make_shared<spdlog::logger>("sandbox", std::make_shared<spdlog::sinks::stderr_sink_mt>());
+  log->set_pattern("%Y-%m-%dT%H:%M:%S.%e %l %v");
+  log->set_level(verbose ? spdlog::level::debug : spdlog::level::info);
+  return log;
+}
+
+}  // namespace
+
+void Serve(const ServeOptions& options) {
+  std::signal(SIGPIPE, SIG_IGN);
+  const std::filesystem::path folder = options.folder;
+  const ListenAddress listen = ParseListen(options.listen);
+  const KeyPair keyPair = LoadKeyPair(folder);
+  const std::string publicText = keyPair.PublicText();
+  CheckPublicKey(folder, publicText);
+  const Catalogue catalogue = LoadCatalogue(folder);
+  const Operations operations(catalogue);
+  CommerceServer commerceServer(keyPair, operations, options.sessions, Environment::OfMachine());
+
+  HttpServer server(commerceServer, options.http, MakeLog(options.verbose));
+  server.StopOnSignals();
+  server.Listen(listen.host, listen.port);
+  PrintReady(server, publicText);
+  server.Run();
+}
+
+}  // namespace sandbox
