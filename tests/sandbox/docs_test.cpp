@@ -1,0 +1,63 @@
+// Does the page on the sandbox say what the program does?
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <sstream>
+
+#include "error_codes.h"
+#include "refusal.h"
+#include "sandbox/process.h"
+
+namespace sandboxtest {
+namespace {
+
+std::string Page() {
+  std::ifstream file(KEST_SANDBOX_DOCS);
+  std::ostringstream text;
+  text << file.rdbuf();
+  return text.str();
+}
+
+TEST(SandboxPage, HasARowForEachRefusal) {
+  for (int i = 0; i < sandbox::refusalCount; i++) {
+    const auto refusal = static_cast<sandbox::Refusal>(i);
+    const std::string row = "| " + std::to_string(RefusalStatus(refusal)) + " | " + RefusalReason(refusal) + " |\n";
+    EXPECT_NE(Page().find(row), std::string::npos) << row;
+  }
+}
+
+TEST(SandboxPage, HasARowForEachErrorCode) {
+  for (const sandbox::ErrorCode& error : sandbox::errorCodes) {
+    const std::string row = "| " + std::to_string(error.code) + " | " + error.meaning + " |\n";
+    EXPECT_NE(Page().find(row), std::string::npos) << row;
+  }
+}
+
+TEST(SandboxPage, NamesEachOptionOfServeWithItsDefault) {
+  Process help({"serve", "--help"});
+  ASSERT_EQ(help.Wait(), 0);
+  const std::string page = Page();
+  std::istringstream lines(help.Output());
+  int options = 0;
+  for (std::string line; std::getline(lines, line);) {
+    std::istringstream words(line);
+    std::string option, kind, sign;
+    words >> option >> kind;
+    if (option.rfind("--", 0) != 0) continue;
+    options++;
+    const std::size_t equals = line.find("=");
+    std::string value;
+    if (equals != std::string::npos) std::istringstream(line.substr(equals + 1)) >> value;
+    const std::string row = "| `" + option + "` | " + value;
+    EXPECT_NE(page.find(row), std::string::npos) << row;
+  }
+  EXPECT_EQ(options, 8);
+}
+
+TEST(ErrorCodes, LeaveOutTheCodeOfAFailedExchange) {
+  for (const sandbox::ErrorCode& error : sandbox::errorCodes) EXPECT_NE(error.code, 102);
+}
+
+}  // namespace
+}  // namespace sandboxtest

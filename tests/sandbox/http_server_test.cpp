@@ -1,0 +1,99 @@
+// Does the server keep to its limits of time and number, and leave quietly those who say nothing?
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "sandbox/socket.h"
+#include "sandbox/test_client.h"
+#include "sandbox/test_server.h"
+
+namespace sandboxtest {
+namespace {
+
+using ::testing::HasSubstr;
+using ::testing::Not;
+
+TEST(HttpServer, ConnectionThatSaysNothingIsClosedWithoutAReply) {
+  TestServerOptions options;
+  options.http.clientTime = std::chrono::milliseconds(50);
+  TestServer server(options);
+  Socket silent(server.Port());
+  bool orderly = false;
+  EXPECT_EQ(silent.ReadToEnd(orderly), "");
+  EXPECT_TRUE(orderly);
+  EXPECT_THAT(server.StopAndReadLog(), Not(HasSubstr("refused")));
+}
+
+TEST(HttpServer, ConnectionThatEndsAtOnceIsNotRefused) {
+  TestServer server;
+  Socket probe(server.Port());
+  probe.EndSending();
+  bool orderly = false;
+  EXPECT_EQ(probe.ReadToEnd(orderly), "");
+  EXPECT_THAT(server.StopAndReadLog(), Not(HasSubstr("refused")));
+}
+
+TEST(HttpServer, ConnectionsBeyondTheLimitAreServedWhenOneEnds) {
+  TestServerOptions options;
+  options.http.maxConnections = 1;
+  TestServer server(options);
+  TestClient client(server.Port(), server.KeyText());
+  const std::string body = client.HandshakeBody(client.HandshakeFields());
+  const std::string request = client.Head("/GetProductList", body.size()) + body;
+  Socket first(server.Port());
+  Socket second(server.Port());
+  ASSERT_TRUE(second.Send(request));
+  ASSERT_TRUE(first.Send(request));
+  EXPECT_EQ(ReadReply(first).status, 200);
+  first.EndSending();
+  EXPECT_EQ(ReadReply(second).status, 200);
+}
+
+TEST(HttpServer, RequestThatArrivesByteByByteIsAnswered) {
+  TestServer server;
+  TestClient client(server.Port(), server.KeyText());
+  const std::string body = client.HandshakeBody(client.HandshakeFields());
+  Socket socket(server.Port());
+  for (char c : client.Head("/GetProductList", body.size()) + body) ASSERT_TRUE(socket.Send(std::string(1, c)));
+  EXPECT_EQ(ReadReply(socket).status, 200);
+}
+
+// The reply to an early refusal must not be lost to a reset while the client still sends.
+TEST(HttpServer, RefusalReachesAClientThatIsStillSending) {
+  TestServerOptions options;
+  options.http.maxBody = 1000;
+  TestServer server(options);
+  TestClient client(server.Port(), server.KeyText());
+  const std::string body(3 * 1024 * 1024, 'A');
+  EXPECT_EQ(client.Send(client.Head("/GetProductList", body.size()) + body).status, 413);
+}
+
+TEST(HttpServer, StopAnswersWhatHasBegunToArrive) {
+  TestServer server;
+  TestClient client(server.Port(), server.KeyText());
+  const std::string body = client.HandshakeBody(client.HandshakeFields());
+  const std::string request = client.Head("/GetProductList", body.size()) + body;
+  Socket idle(server.Port());
+  Socket begun(server.Port());
+  ASSERT_TRUE(begun.Send(request.substr(0, 300)));
+  // Connections are accepted and read in the order of their coming, so one that was answered shows that both are known.
+  ASSERT_TRUE(client.Handshake());
+  server.Server().Stop();
+  bool orderly = false;
+  EXPECT_EQ(idle.ReadToEnd(orderly), "");
+  ASSERT_TRUE(begun.Send(request.substr(300)));
+  EXPECT_EQ(ReadReply(begun).status, 200);
+  EXPECT_FALSE(Socket(server.Port()).Connected());
+}
+
+TEST(HttpServer, AddressInUseIsToldInWords) {
+  TestServer server;
+  try {
+    server.Server().Listen("not-numeric", 0);
+    FAIL() << "it listens";
+  } catch (const std::runtime_error& error) {
+    EXPECT_THAT(error.what(), HasSubstr("cannot listen on address not-numeric, port 0: "));
+  }
+}
+
+}  // namespace
+}  // namespace sandboxtest

@@ -1,0 +1,118 @@
+#include "sandbox/process.h"
+
+#include <fcntl.h>
+#include <poll.h>
+#include <signal.h>
+#include <spawn.h>
+#include <stdlib.h>
+#include <sys/syscall.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <stdexcept>
+
+namespace sandboxtest {
+namespace {
+
+constexpr int patience = 20000;  // milliseconds
+
+struct Pipe {
+  Pipe() {
+    if (::pipe2(ends, O_CLOEXEC) != 0) throw std::runtime_error("pipe2 failed");
+  }
+  int ends[2];
+};
+
+}  // namespace
+
+Process::Process(const std::vector<std::string>& arguments) {
+  const Pipe out;
+  const Pipe err;
+  posix_spawn_file_actions_t actions;
+  posix_spawn_file_actions_init(&actions);
+  posix_spawn_file_actions_adddup2(&actions, out.ends[1], 1);
+  posix_spawn_file_actions_adddup2(&actions, err.ends[1], 2);
+  std::string program = KEST_SANDBOX_PROGRAM;
+  std::vector<char*> words = {program.data()};
+  for (const std::string& argument : arguments) words.push_back(const_cast<char*>(argument.c_str()));
+  words.push_back(nullptr);
+  const int result = ::posix_spawn(&id, program.c_str(), &actions, nullptr, words.data(), environ);
+  posix_spawn_file_actions_destroy(&actions);
+  ::close(out.ends[1]);
+  ::close(err.ends[1]);
+  outputFile = out.ends[0];
+  logFile = err.ends[0];
+  if (result != 0) throw std::runtime_error("cannot start " + program);
+}
+
+Process::~Process() {
+  if (id > 0) {
+    ::kill(id, SIGKILL);
+    ::waitpid(id, nullptr, 0);
+  }
+  ::close(outputFile);
+  ::close(logFile);
+}
+
+bool Process::ReadMore(int file, std::string& text) {
+  pollfd waiting = {file, POLLIN, 0};
+  if (::poll(&waiting, 1, patience) <= 0) return false;
+  char piece[4096];
+  const ssize_t count = ::read(file, piece, sizeof piece);
+  if (count <= 0) return false;
+  text.append(piece, static_cast<std::size_t>(count));
+  return true;
+}
+
+std::string Process::ReadLine() {
+  for (;;) {
+    const std::size_t end = output.find('\n', outputTaken);
+    if (end != std::string::npos) {
+      const std::string line = output.substr(outputTaken, end - outputTaken);
+      outputTaken = end + 1;
+      return line;
+    }
+    if (!ReadMore(outputFile, output)) return "";
+  }
+}
+
+bool Process::WaitForLog(const std::string& text) {
+  while (log.find(text) == std::string::npos) {
+    if (!ReadMore(logFile, log)) return false;
+  }
+  return true;
+}
+
+void Process::Signal(int number) {
+  ::kill(id, number);
+}
+
+int Process::Wait() {
+  // A process that does not end keeps its pipes open and is given up when they stay silent.
+  while (ReadMore(logFile, log)) {
+  }
+  while (ReadMore(outputFile, output)) {
+  }
+  const int handle = static_cast<int>(::syscall(SYS_pidfd_open, id, 0));
+  pollfd ending = {handle, POLLIN, 0};
+  const bool ended = ::poll(&ending, 1, patience) > 0;
+  ::close(handle);
+  int status = 0;
+  if (!ended || ::waitpid(id, &status, 0) != id) return -1;
+  id = -1;
+  return WIFEXITED(status) ? WEXITSTATUS(status) : 1000 + WTERMSIG(status);
+}
+
+TemporaryFolder::TemporaryFolder() {
+  std::string pattern = (std::filesystem::temp_directory_path() / "kest-sandbox-test-XXXXXX").string();
+  if (!::mkdtemp(pattern.data())) throw std::runtime_error("mkdtemp failed");
+  path = pattern;
+}
+
+TemporaryFolder::~TemporaryFolder() {
+  std::error_code ignored;
+  std::filesystem::remove_all(path, ignored);
+}
+
+}  // namespace sandboxtest

@@ -1,0 +1,60 @@
+// Runs the program as its user does. Every wait ends by itself after 20 seconds at most; a process still alive when its
+// object goes is killed, by its id.
+#pragma once
+
+#include <sys/types.h>
+
+#include <string>
+#include <vector>
+
+namespace sandboxtest {
+
+class Process {
+ public:
+  /// Starts the sandbox program with these arguments.
+  explicit Process(const std::vector<std::string>& arguments);
+  ~Process();
+  Process(const Process&) = delete;
+  Process& operator=(const Process&) = delete;
+
+  /// Returns the next line of stdout without its end; empty when none comes.
+  std::string ReadLine();
+
+  /// Reads stderr until that text has appeared in it; false when it does not appear.
+  bool WaitForLog(const std::string& text);
+
+  void Signal(int number);
+
+  /// Waits for the end; returns the exit code, 1000 plus the number of the signal that ended it, or -1 when it does not
+  /// end. Afterwards Output and Log hold all that it wrote.
+  int Wait();
+
+  const std::string& Output() const { return output; }
+  const std::string& Log() const { return log; }
+
+ private:
+  bool ReadMore(int file, std::string& text);
+
+  pid_t id = -1;
+  int outputFile = -1;
+  int logFile = -1;
+  std::string output;
+  std::size_t outputTaken = 0;
+  std::string log;
+};
+
+/// Makes an empty folder that is removed with everything in it.
+class TemporaryFolder {
+ public:
+  TemporaryFolder();
+  ~TemporaryFolder();
+  TemporaryFolder(const TemporaryFolder&) = delete;
+  TemporaryFolder& operator=(const TemporaryFolder&) = delete;
+
+  std::string operator/(const std::string& name) const { return path + "/" + name; }
+
+ private:
+  std::string path;
+};
+
+}  // namespace sandboxtest

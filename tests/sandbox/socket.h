@@ -1,0 +1,33 @@
+// A blocking TCP connection to the loopback address for tests. A server that stays silent for 20 seconds fails the read
+// instead of hanging the test.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+namespace sandboxtest {
+
+class Socket {
+ public:
+  /// Connects to 127.0.0.1; Connected tells whether that worked.
+  explicit Socket(std::uint16_t port);
+  ~Socket();
+  Socket(const Socket&) = delete;
+  Socket& operator=(const Socket&) = delete;
+
+  bool Connected() const { return handle >= 0; }
+
+  /// Sends all bytes; false when the other side has gone.
+  bool Send(const std::string& bytes);
+
+  /// Tells the other side that nothing more comes.
+  void EndSending();
+
+  /// Reads until the other side ends. `orderly` becomes false when it ended by a reset or kept silent.
+  std::string ReadToEnd(bool& orderly);
+
+ private:
+  int handle;
+};
+
+}  // namespace sandboxtest

@@ -1,0 +1,62 @@
+// The sandbox inside the test's own process, on a free port and a thread of its own: with a clock that the test turns,
+// a catalogue of the test's, and a log that the test reads.
+#pragma once
+
+#include <atomic>
+#include <sstream>
+#include <string>
+#include <thread>
+
+#include "catalogue.h"
+#include "commerce_server.h"
+#include "http_server.h"
+#include "key_pair.h"
+#include "operations.h"
+
+namespace sandboxtest {
+
+extern const char* const testCatalogue;
+constexpr const char* testGuid = "{11111111-2222-3333-4444-555555555555}";
+
+/// Returns the key pair of that many bits that all tests of this process share; making one takes a while.
+const sandbox::KeyPair& SharedKey(unsigned bits = 1024);
+
+struct TestServerOptions {
+  unsigned bits = 1024;
+  std::string catalogue = testCatalogue;
+  sandbox::SessionLimits sessions;
+  sandbox::HttpLimits http;
+  bool randomFails = false;
+};
+
+class TestServer {
+ public:
+  explicit TestServer(const TestServerOptions& options = {});
+  ~TestServer();
+
+  std::uint16_t Port() const { return port; }
+  std::string KeyText() const { return key.PublicText(); }
+
+  /// Turns the clock of the sessions on.
+  void PassSeconds(int seconds) { elapsed += seconds; }
+
+  /// Stops the server, waits for its last reply and returns its log.
+  std::string StopAndReadLog();
+
+  sandbox::HttpServer& Server() { return server; }
+
+ private:
+  sandbox::Environment MakeEnvironment(bool randomFails);
+
+  std::atomic<int> elapsed{0};
+  const sandbox::KeyPair& key;
+  const sandbox::Catalogue catalogue;
+  const sandbox::Operations operations;
+  sandbox::CommerceServer commerce;
+  std::ostringstream log;
+  sandbox::HttpServer server;
+  std::uint16_t port;
+  std::thread thread;
+};
+
+}  // namespace sandboxtest
