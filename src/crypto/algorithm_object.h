@@ -22,7 +22,10 @@ struct AlgorithmObject {
 // Makes an empty object; 518, and `*object` null, without memory.
 ResultCode CreateAlgorithm(AlgorithmObject** object);
 
-// Wipes and frees the object and sets `*object` to null; null is ignored.
+// True for an object that passes its self-check; null does not.
+bool IsValidAlgorithm(const AlgorithmObject* object);
+
+// Wipes and frees the object and sets `*object` to null; null is ignored, and what fails its self-check is left alone.
 void DestroyAlgorithm(AlgorithmObject** object);
 
 // The operations below answer 516 for an object that fails its self-check, which null does too, and 515 for one without

@@ -57,7 +57,7 @@ class Cipher {
   AlgorithmObject* algorithm = nullptr;
 
  private:
-  bool RunMessage(Direction direction, const ByteBuffer& in, ByteBuffer& out);
+  bool RunMessage(Direction direction, const ByteBuffer& in, std::uint32_t capacity, ByteBuffer& out);
 };
 
 }  // namespace kest

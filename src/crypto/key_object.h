@@ -30,9 +30,8 @@ struct KeyObject {
   std::uint32_t secondLength;  // bytes of the exponent
 };
 
-// Says what key data is and how a key object takes it.
+// Says how a key object takes key data of one form.
 struct KeyDescriptor {
-  KeyInfoType info;
   ResultCode (*set)(KeyObject& key, const ByteItem& item);
 };
 
@@ -45,7 +44,7 @@ extern const KeyDescriptor rsaPublicKeyDerDescriptor;
 ResultCode CreateKey(KeyObject** key);
 // Makes a copy of `key`; 530, 535 for an empty one or 518, and `*copy` null then.
 ResultCode CopyKey(const KeyObject* key, KeyObject** copy);
-// Wipes and frees the object and sets `*key` to null; null is ignored.
+// Wipes and frees the object and sets `*key` to null; null is ignored, and what fails its self-check is left alone.
 void DestroyKey(KeyObject** key);
 
 // True for an object that passes its self-check; null does not.
