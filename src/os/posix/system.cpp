@@ -14,6 +14,11 @@
 #include <cstdlib>
 #include <limits>
 
+// With optimisation the system's headers make these macros, which would rename the member of that name and let it call
+// itself without end.
+#undef htons
+#undef ntohs
+
 #include "os/os.h"
 #include "os/posix/calendar.h"
 #include "os/posix/sockets.h"
@@ -134,7 +139,7 @@ class PosixSystem final : public System {
   int closesocket(Socket socket) override { return close(static_cast<int>(socket)); }
   const HostEntry* gethostbyname(const char* name) override { return posix::LookUp(name); }
   std::uint32_t inet_addr(const char* dotted) override { return ::inet_addr(dotted); }
-  std::uint16_t htons(std::uint16_t value) override { return ntohs(value); }
+  std::uint16_t htons(std::uint16_t value) override { return ::htons(value); }
 };
 
 PosixSystem posixSystem;
