@@ -8,6 +8,7 @@
 #include <nlohmann/json.hpp>
 #include <sstream>
 
+#include "files.h"
 #include "sandbox/process.h"
 #include "sandbox/socket.h"
 #include "sandbox/test_client.h"
@@ -93,6 +94,13 @@ TEST_F(Program, InitOverwritesNothing) {
     EXPECT_EQ(FileText(taken + "/" + name), "mine");
     EXPECT_EQ(std::distance(std::filesystem::directory_iterator(taken), {}), 1);
   }
+}
+
+// Init looks first; the writing itself must not fall for a file that comes between.
+TEST_F(Program, WritingANewFileLeavesAnExistingOneAsItIs) {
+  WriteFile(folder / "file", "mine");
+  EXPECT_THROW(sandbox::WriteNewFile(folder / "file", "other", 0600), std::runtime_error);
+  EXPECT_EQ(FileText(folder / "file"), "mine");
 }
 
 TEST_F(Program, InitWhereNoFolderCanBeSaysSo) {

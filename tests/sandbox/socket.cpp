@@ -1,6 +1,7 @@
 #include "sandbox/socket.h"
 
 #include <arpa/inet.h>
+#include <poll.h>
 #include <sys/socket.h>
 #include <sys/time.h>
 #include <unistd.h>
@@ -35,6 +36,11 @@ bool Socket::Send(const std::string& bytes) {
 
 void Socket::EndSending() {
   ::shutdown(handle, SHUT_WR);
+}
+
+bool Socket::AnswersWithin(int milliseconds) {
+  pollfd waiting = {handle, POLLIN, 0};
+  return ::poll(&waiting, 1, milliseconds) > 0;
 }
 
 std::string Socket::ReadToEnd(bool& orderly) {

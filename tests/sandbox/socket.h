@@ -23,6 +23,9 @@ class Socket {
   /// Tells the other side that nothing more comes.
   void EndSending();
 
+  /// Waits at most that many milliseconds for something to read, and tells whether there is.
+  bool AnswersWithin(int milliseconds);
+
   /// Reads until the other side ends. `orderly` becomes false when it ended by a reset or kept silent.
   std::string ReadToEnd(bool& orderly);
 
