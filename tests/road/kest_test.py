@@ -1,0 +1,110 @@
+"""The command-line host against a live server: kest_test.py COMMAND..., run by scripts/with-sandbox."""
+import json
+import os
+import subprocess
+import sys
+import tempfile
+import unittest
+
+COMMAND = []
+GUID = "8E0F7A12-BFB3-4FE8-B9A5-48FD50A15A9A"
+
+
+def kest(*arguments):
+    done = subprocess.run([*COMMAND, *arguments], stdout=subprocess.PIPE, stderr=subprocess.PIPE, timeout=120)
+    return done.returncode, done.stdout.decode().replace("\r", ""), done.stderr.decode().replace("\r", "")
+
+
+def products(*more, **changed):
+    options = {"server": os.environ["KEST_SERVER"], "port": os.environ["KEST_PORT"],
+               "key": os.environ["KEST_KEY_FILE"], "guid": GUID, "version-id": "2.1"}
+    options.update({name.replace("_", "-"): value for name, value in changed.items()})
+    arguments = [word for name, value in options.items() for word in ("--" + name, value)]
+    return kest("products", *arguments, *more)
+
+
+class Products(unittest.TestCase):
+    def test_a_table_for_people(self):
+        code, out, words = products()
+        self.assertEqual((0, ""), (code, words))
+        self.assertEqual([
+            "SKU         Name         Price  Note",
+            "1042        Plum Jam     4.50   ratio 1:2, sweet",
+            "7           Blåbärssylt  19.95  ",
+            "4294967295  Last         0.00   ",
+        ], out.splitlines())
+
+    def test_json_for_programs(self):
+        code, out, words = products("--json")
+        self.assertEqual((0, ""), (code, words))
+        document = json.loads(out)
+        self.assertEqual(["products", "reply"], list(document))
+        self.assertEqual({"SKU": "7", "Name": "Blåbärssylt", "Price": "19.95"}, document["products"][1])
+
+    def test_no_products_is_no_failure(self):
+        code, out, words = products(version_id="9.9")
+        self.assertEqual((0, ""), (code, out))
+        self.assertIn("no products", words)
+
+    def test_an_unknown_application_is_refused_by_the_server(self):
+        code, out, words = products(guid="unknown")
+        self.assertEqual((4, ""), (code, out))
+        self.assertIn("error code", words)
+
+    def test_a_proxy_is_used(self):
+        proxy = f"{os.environ['KEST_SERVER']}:{os.environ['KEST_PORT']}"
+        code, out, _ = products(server="shop.invalid", proxy=proxy)
+        self.assertEqual(0, code)
+        self.assertIn("Plum Jam", out)
+
+    def test_a_server_that_is_not_there_is_a_failed_exchange(self):
+        code, out, words = products(server="127.0.0.1", port="1")
+        self.assertEqual((3, ""), (code, out))
+        self.assertIn("102", words)
+
+    def test_a_key_file_that_is_not_there_is_named(self):
+        code, out, words = products(key="no-such-file.key")
+        self.assertEqual((1, ""), (code, out))
+        self.assertIn("no-such-file.key", words)
+
+    def test_a_key_that_is_none_is_named(self):
+        with tempfile.TemporaryDirectory() as folder:
+            path = os.path.join(folder, "bad.key")
+            with open(path, "w") as file:
+                file.write("not a key")
+            code, out, words = products(key=path)
+        self.assertEqual((1, ""), (code, out))
+        self.assertIn("bad.key", words)
+
+    def test_a_proxy_that_is_none_is_named(self):
+        code, _, words = products(proxy="host:port")
+        self.assertEqual(1, code)
+        self.assertIn("host:port", words)
+
+
+class CommandLine(unittest.TestCase):
+    def test_no_command_is_a_usage_error(self):
+        code, out, words = kest()
+        self.assertEqual((2, ""), (code, out))
+        self.assertTrue(words)
+
+    def test_a_port_out_of_range_is_a_usage_error(self):
+        self.assertEqual(2, products(port="65536")[0])
+
+    def test_an_unknown_option_is_a_usage_error(self):
+        self.assertEqual(2, kest("products", "--what")[0])
+
+    def test_help_goes_to_stdout(self):
+        code, out, words = kest("--help")
+        self.assertEqual((0, ""), (code, words))
+        self.assertIn("products", out)
+
+    def test_a_library_that_is_not_there_is_named(self):
+        code, _, words = products("--library", "no-such-library.so")
+        self.assertEqual(1, code)
+        self.assertIn("no-such-library.so", words)
+
+
+if __name__ == "__main__":
+    COMMAND = sys.argv[1:]
+    unittest.main(argv=sys.argv[:1])
