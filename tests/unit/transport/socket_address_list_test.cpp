@@ -64,6 +64,13 @@ TEST_F(ResolveHostTest, AtMost65535AddressesAreTaken) {
   EXPECT_EQ(list.At(65534).value.address, sockets.inet_addr("10.0.0.2"));
 }
 
+TEST_F(ResolveHostTest, ManyAddressesGetTheirRoomAtOnce) {
+  sockets.hosts["crowd"].assign(10000, "10.0.0.1");
+  sockets.Restart();
+  EXPECT_EQ(ResolveHost("crowd").Count(), 10000u);
+  EXPECT_EQ(sockets.Allocations(), 1u);
+}
+
 TEST_F(ResolveHostTest, NoMemoryRaisesAndLeavesNothingBehind) {
   sockets.hosts["server"] = {"10.0.0.1"};
   sockets.FailAt(1, AllocationSystem::Failing::fromThenOn);
