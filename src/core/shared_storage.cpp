@@ -14,6 +14,12 @@ namespace {
 
 constexpr std::uint64_t growthStep = 50;  // bytes
 
+// Positions are signed 32-bit numbers and must reach every character.
+constexpr std::uint64_t mostCapacity = std::numeric_limits<std::int32_t>::max();  // bytes
+
+static_assert(sizeof(void*) != 4 || sizeof(StringData) == 36, "three words and the lock in front of the characters");
+static_assert(sizeof(SharedStorage) == sizeof(void*), "one pointer");
+
 // Holds a block's lock for one scope.
 class LockHolder {
  public:
@@ -44,9 +50,10 @@ SharedStorage& SharedStorage::operator=(const SharedStorage& other) {
     return *this;
   }
   // Shared before the own block goes: assigning a text to itself is harmless.
-  if (TryShare(other.data)) {
+  StringData* shared = other.data;
+  if (TryShare(shared)) {
     Drop();
-    data = other.data;
+    data = shared;
     return *this;
   }
   if (other.data == data) return *this;
@@ -67,7 +74,7 @@ SharedStorage& SharedStorage::operator=(SharedStorage&& other) noexcept {
 }
 
 void SharedStorage::EnsureLength(std::uint64_t length, bool keep) {
-  if (data != nullptr && !IsShared() && length + 1 <= data->capacity) {
+  if (data != nullptr && !IsShared() && length < data->capacity) {
     data->length = static_cast<std::uint32_t>(length);
     return;
   }
@@ -77,7 +84,7 @@ void SharedStorage::EnsureLength(std::uint64_t length, bool keep) {
 void SharedStorage::Reserve(std::uint64_t length) {
   const std::uint32_t now = Length();
   if (length < now) length = now;
-  if (data != nullptr && !IsShared() && length + 1 <= data->capacity) return;
+  if (data != nullptr && !IsShared() && length < data->capacity) return;
   Replace(length, now, true);
 }
 
@@ -115,8 +122,10 @@ void SharedStorage::SetExclusive(bool exclusive) {
 }
 
 StringData* SharedStorage::NewBlock(std::uint64_t length) {
+  // The first comparison keeps the second one's product from wrapping.
+  if (length > mostCapacity) throw Qor::MemoryException();
   const std::uint64_t capacity = (length / growthStep + 1) * growthStep;
-  if (capacity > std::numeric_limits<std::uint32_t>::max()) throw Qor::MemoryException();
+  if (capacity > mostCapacity) throw Qor::MemoryException();
   auto* block = static_cast<StringData*>(Allocate(sizeof(StringData) + capacity));
   new (&block->references) std::atomic<std::uint32_t>(1);
   block->length = static_cast<std::uint32_t>(length);

@@ -4,6 +4,7 @@
 
 #include <atomic>
 #include <cstdint>
+#include <utility>
 
 #include "os/os.h"
 
@@ -45,13 +46,16 @@ class SharedStorage {
   // Sets the length to `length` characters; a block that is shared or too small is replaced by one of
   // (length / 50 + 1) * 50 bytes. Keep carries the old text over, up to the new length; Discard does not. The caller
   // writes the characters and the NUL. Throws Qor::MemoryException and changes nothing when there is no memory, or for
-  // a length that 32 bits do not hold.
+  // a length whose block would reach 2^31 bytes.
   void EnsureLengthKeep(std::uint64_t length) { EnsureLength(length, true); }
   void EnsureLengthDiscard(std::uint64_t length) { EnsureLength(length, false); }
 
   // Makes room for `length` characters without changing the text, so that growing up to there allocates no more.
   // Throws as EnsureLengthKeep does.
   void Reserve(std::uint64_t length);
+
+  // Exchanges the blocks, whatever they hold.
+  void Swap(SharedStorage& other) noexcept { std::swap(data, other.data); }
 
   // Copies the block when it is shared, so that it may be changed in place.
   void Unshare();
