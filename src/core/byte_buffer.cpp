@@ -1,5 +1,6 @@
 #include "core/byte_buffer.h"
 
+#include <cstddef>
 #include <cstring>
 #include <functional>
 #include <limits>
@@ -89,13 +90,12 @@ void ByteBuffer::Append(const void* bytes, std::uint32_t length) {
   if (length == 0) return;
   const auto* source = static_cast<const std::uint8_t*>(bytes);
   const std::uint8_t* own = Bytes();
-  const bool isInside = own != nullptr && !std::less<>()(source, own) && std::less<>()(source, own + Length());
-  // A share of the block keeps the source alive while this buffer moves to a new one.
-  const SharedStorage held = isInside ? storage : SharedStorage();
-  const std::uint8_t* from = isInside && !held.IsNull() && !IsExternal()
-                                 ? reinterpret_cast<const std::uint8_t*>(held.Characters()) + (source - own)
-                                 : source;
-  std::memmove(Grow(length), from, length);
+  const std::less<const std::uint8_t*> isBefore;
+  const bool isInside = own != nullptr && !isBefore(source, own) && isBefore(source, own + Length());
+  const std::ptrdiff_t offset = isInside ? source - own : 0;
+  std::uint8_t* end = Grow(length);
+  // Growing keeps the old bytes, so what lies inside them is found again at the same offset.
+  std::memmove(end, isInside ? Bytes() + offset : source, length);
 }
 
 void ByteBuffer::AppendCopies(std::uint8_t byte, std::uint32_t count) {

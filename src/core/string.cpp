@@ -1,6 +1,7 @@
 #include "core/string.h"
 
 #include <cstring>
+#include <functional>
 #include <limits>
 
 #include "core/exception.h"
@@ -42,7 +43,10 @@ String& String::operator=(const char* text) {
     Empty();
     return *this;
   }
-  if (IsInside(text)) return *this = String(text);
+  if (IsInside(text)) {
+    const String copy(text);
+    return *this = copy.Characters();
+  }
   const std::uint64_t length = LengthOf(text);
   storage.EnsureLengthDiscard(length);
   std::memcpy(storage.Characters(), text, static_cast<std::size_t>(length) + 1);
@@ -65,15 +69,13 @@ void String::Append(const char* text) {
 }
 
 void String::Append(const char* bytes, std::uint32_t length) {
-  if (IsInside(bytes)) {
-    const String copy(bytes, length);
-    Append(copy);
-    return;
-  }
   const std::uint32_t old = Length();
+  // Growing keeps the old text, so what lies inside it is found again at the same offset.
+  const bool isInside = IsInside(bytes);
+  const std::size_t offset = isInside ? static_cast<std::size_t>(bytes - storage.Characters()) : 0;
   storage.EnsureLengthKeep(std::uint64_t{old} + length);
   char* characters = storage.Characters();
-  if (length != 0) std::memcpy(characters + old, bytes, length);
+  if (length != 0) std::memmove(characters + old, isInside ? characters + offset : bytes, length);
   characters[old + length] = '\0';
 }
 
@@ -105,9 +107,16 @@ void String::JoinPath(const String& part) {
     return;
   }
   if (part.IsEmpty()) return;
-  const String held(part);  // it may be this very String
-  if (!IsSeparator(At(Length() - 1)) && !IsSeparator(held.At(0))) Append('\\');
-  Append(held);
+  if (IsInside(part.Characters())) {
+    const String copy(part.Characters(), part.Length());
+    JoinPath(copy);
+    return;
+  }
+  // Room for all of it first: a separator alone must not stay behind when memory runs out.
+  const bool isApart = !IsSeparator(At(Length() - 1)) && !IsSeparator(part.At(0));
+  storage.Reserve(std::uint64_t{Length()} + (isApart ? 1 : 0) + part.Length());
+  if (isApart) Append('\\');
+  Append(part);
 }
 
 void String::JoinPath(const char* part) {
@@ -121,7 +130,9 @@ void String::JoinPath(const char* part) {
     JoinPath(copy.Characters());
     return;
   }
-  if (!IsSeparator(At(Length() - 1))) Append('\\');
+  const bool isApart = !IsSeparator(At(Length() - 1));
+  storage.Reserve(std::uint64_t{Length()} + (isApart ? 1 : 0) + LengthOf(part));
+  if (isApart) Append('\\');
   Append(part);
 }
 
@@ -138,8 +149,8 @@ bool String::Equals(const String& other) const {
 }
 
 bool String::EqualsIgnoringCase(const char* text) const {
-  if (IsEmpty()) return text == nullptr || *text == '\0';
-  if (text == nullptr) return false;
+  if (text == nullptr || *text == '\0') return IsEmpty();
+  if (IsEmpty()) return false;
   const char* own = Characters();
   while (*own != '\0' && FoldCase(*own) == FoldCase(*text)) {
     ++own;
@@ -159,11 +170,15 @@ void String::TrimLeft() {
   std::uint32_t spaces = 0;
   while (spaces < length && IsSpace(At(spaces))) ++spaces;
   if (spaces == 0) return;
-  storage.Unshare();
+  if (storage.IsShared()) {
+    String rest(Characters() + spaces, length - spaces);
+    storage.Swap(rest.storage);
+    return;
+  }
   char* characters = storage.Characters();
   std::memmove(characters, characters + spaces, length - spaces);
   storage.EnsureLengthKeep(length - spaces);
-  storage.Characters()[length - spaces] = '\0';
+  characters[length - spaces] = '\0';
 }
 
 void String::TrimRight() {
@@ -197,7 +212,7 @@ void String::LoadResource(os::ModuleHandle module, std::uint32_t id) {
     }
     // A full area may have cut the text.
     if (static_cast<std::uint32_t>(count) > capacity - 2) continue;
-    *this = characters;
+    *this = String(characters, static_cast<std::uint32_t>(count));
     return;
   }
 }
@@ -215,7 +230,9 @@ void String::ReturnBuffer() {
 
 bool String::IsInside(const char* bytes) const {
   const char* characters = storage.Characters();
-  return characters != nullptr && bytes >= characters && bytes < characters + storage.Capacity();
+  // std::less orders all pointers, also those that have nothing to do with each other.
+  const std::less<const char*> isBefore;
+  return characters != nullptr && !isBefore(bytes, characters) && isBefore(bytes, characters + storage.Capacity());
 }
 
 }  // namespace kest

@@ -53,7 +53,8 @@ class String {
   // Joins a path with "\\" between where neither side has a separator at the joint; separators on both sides both stay.
   // An empty path becomes `part`; an empty `part` changes nothing.
   void JoinPath(const String& part);
-  // The same, but it looks at this text's last character only: a `part` that begins with a separator is doubled.
+  // Deliberately looks at this text's last character only, so that a separator that `part` begins with is doubled, and
+  // an empty `part` that is not null adds one. Null changes nothing, but empties an empty path.
   void JoinPath(const char* part);
 
   // 0 for equal, byte by byte. Deliberately uneven: null equals the empty String and nothing else, and a non-null text,
@@ -68,7 +69,7 @@ class String {
   std::int32_t Find(char character, std::int32_t start = 0) const;
   // `set` is a NUL-terminated list of characters; `start` is not checked against the length.
   std::int32_t FindFirstOf(const char* set, std::int32_t start = 0) const;
-  // Scans down from `start` to 0; a negative `start` is returned as it is.
+  // Scans down from `start`, the length at the most, to 0; a negative `start` is returned as it is.
   std::int32_t ReverseFind(char character, std::int32_t start) const;
   // Scans down from the last character while above `start`; `start` itself is not looked at and is the answer when
   // nothing above it matched. A `start` at or beyond the last index gives length - 1 at once.

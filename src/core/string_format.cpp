@@ -1,6 +1,5 @@
 // String: formatting.
 #include <cstdio>
-#include <utility>
 
 #include "core/format_length.h"
 #include "core/string.h"
@@ -47,7 +46,7 @@ void String::FormatList(String format, std::va_list arguments) {
   }
   result.EnsureLengthKeep(static_cast<std::uint32_t>(count));
   result.Characters()[count] = '\0';
-  storage = std::move(result);
+  storage.Swap(result);
 }
 
 }  // namespace kest
