@@ -15,7 +15,8 @@ class FieldSet : public Object {
   FieldSet() = default;
   FieldSet(const FieldSet&) = default;
   FieldSet(FieldSet&&) noexcept = default;
-  FieldSet& operator=(const FieldSet&) = default;
+  // Throws Qor::MemoryException and changes nothing when there is no memory.
+  FieldSet& operator=(const FieldSet& other);
   FieldSet& operator=(FieldSet&&) noexcept = default;
 
   // The virtual operations stand in the order of their slots.

@@ -4,6 +4,10 @@
 
 namespace kest {
 
+static_assert(sizeof(void*) != 4 || sizeof(NameValuePair) == 20, "the size of the array's elements");
+static_assert(sizeof(void*) != 4 || sizeof(ObjectArray<NameValuePair>) == 16, "count, step, capacity, elements");
+static_assert(sizeof(void*) != 4 || sizeof(NameValueList) == 32, "base, array, flag");
+
 std::int32_t NameValueList::Find(const char* name) const {
   for (std::uint32_t i = 0; i < pairs.Count(); ++i) {
     if (pairs.At(i).Name().EqualsIgnoringCase(name)) return static_cast<std::int32_t>(i);

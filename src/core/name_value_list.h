@@ -1,5 +1,6 @@
 // Ordered name/value texts: request fields, reply fields, HTTP header fields. Look-ups take the first pair whose name
-// equals the wanted one ignoring the case of A to Z; two empty names are equal. One list belongs to one thread at a time.
+// equals the wanted one ignoring the case of A to Z; two empty names are equal. One list belongs to one thread at a
+// time.
 #pragma once
 
 #include <cstdint>

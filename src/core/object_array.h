@@ -3,10 +3,12 @@
 #pragma once
 
 #include <cstdint>
+#include <limits>
 #include <new>
 #include <type_traits>
 #include <utility>
 
+#include "core/exception.h"
 #include "core/memory.h"
 
 namespace kest {
@@ -75,6 +77,7 @@ class ObjectArray {
   std::uint64_t NextCapacity(std::uint32_t used) const { return (std::uint64_t{used} / growthStep + 1) * growthStep; }
 
   void GrowTo(std::uint64_t newCapacity) {
+    if (newCapacity > std::numeric_limits<std::uint32_t>::max()) throw Qor::MemoryException();
     auto* block = static_cast<Element*>(Allocate(newCapacity * sizeof(Element)));
     if (elements != nullptr) {
       MoveInto(block, std::is_nothrow_move_constructible<Element>());

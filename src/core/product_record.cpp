@@ -4,6 +4,8 @@
 
 namespace kest {
 
+static_assert(sizeof(void*) != 4 || sizeof(ProductRecord) == 60, "nothing behind the base");
+
 String ProductRecord::Format() const {
   String line;
   line.Reserve(LineLength());
@@ -34,22 +36,23 @@ void ProductRecord::AppendLine(String& text) const {
 }
 
 void ProductRecord::Parse(const String& text) {
-  // Its own share: the text may be a field of this very record.
-  const String held(text);
-  Clear();
-  const auto length = static_cast<std::int32_t>(held.Length());
+  // Into a list of its own: the text may be a field of this very record, and memory may run out half-way.
+  NameValueList pairs;
+  const auto length = static_cast<std::int32_t>(text.Length());
   std::int32_t position = 0;
   for (;;) {
-    const std::int32_t colon = held.Find(':', position);
-    if (colon < 0) return;
-    std::int32_t end = held.Find('^', colon);
+    const std::int32_t colon = text.Find(':', position);
+    if (colon < 0) break;
+    std::int32_t end = text.Find('^', colon);
     if (end < 0) end = length;
-    const auto slice = [&held](std::int32_t from, std::int32_t to) {
-      return held.Middle(static_cast<std::uint32_t>(from), static_cast<std::uint32_t>(to - from));
+    const auto slice = [&text](std::int32_t from, std::int32_t to) {
+      return text.Middle(static_cast<std::uint32_t>(from), static_cast<std::uint32_t>(to - from));
     };
-    Fields().Add(NameValuePair(slice(position, colon), slice(colon + 1, end)));
+    pairs.Add(NameValuePair(slice(position, colon), slice(colon + 1, end)));
     position = end + 1;
   }
+  Clear();
+  Fields() = std::move(pairs);
 }
 
 }  // namespace kest
