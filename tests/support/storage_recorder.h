@@ -1,6 +1,6 @@
 // A system that writes down what is done with blocks and locks, one word after another: "alloc", "init A", "enter A",
-// "leave A", "delete A", "free". Locks are named in the order of their making. It also looks whether a block of text was
-// wiped before it was freed, and how many bytes were last asked for.
+// "leave A", "delete A", "free". Locks are named in the order of their making. It also looks whether a block of text
+// was wiped before it was freed, and how many bytes were last asked for.
 #pragma once
 
 #include <cstddef>
