@@ -149,6 +149,14 @@ TEST(DigestText, OtherDescriptorsGiveNothing) {
   EXPECT_TRUE(DigestText("text", AlgorithmDescriptor{static_cast<AlgorithmType>(99), 16, nullptr}).IsEmpty());
 }
 
+ResultCode RefuseParameters(AlgorithmParameters&, const void*) {
+  return resultBadParameters;
+}
+
+TEST(DigestText, RefusedDescriptorGivesNothing) {
+  EXPECT_TRUE(DigestText("text", AlgorithmDescriptor{AlgorithmType::md5, 16, RefuseParameters}).IsEmpty());
+}
+
 TEST(DigestLength, IsZeroForWhatIsNoDigest) {
   EXPECT_EQ(DigestLength(md5Descriptor), 16U);
   EXPECT_EQ(DigestLength(sha1Descriptor), 20U);

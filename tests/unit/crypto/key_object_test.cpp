@@ -110,6 +110,16 @@ TEST(KeyObject, FailedSelfCheckGives530) {
   EXPECT_EQ(dropped, nullptr);
 }
 
+TEST(KeyObject, WrongTagGives530) {
+  const Key key(byteStringKeyDescriptor, {1});
+  KeyObject* object = key;
+  ByteItem item;
+  object->tag ^= 1;
+  EXPECT_EQ(GetByteStringKey(key, &item), 530);
+  object->tag ^= 1;
+  EXPECT_EQ(GetByteStringKey(key, &item), 0);
+}
+
 TEST(KeyObject, CopyIsIndependent) {
   KeyObject* copy = nullptr;
   const Bytes modulus = Modulus(64);

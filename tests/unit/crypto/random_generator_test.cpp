@@ -100,6 +100,16 @@ TEST(RandomGenerator, SeedAfterGenerationGoesOnFromTheState) {
   EXPECT_EQ(ToHex(random.state, 16), ToHex(expected, 16));
 }
 
+TEST(RandomGenerator, ThirdSeedUpdateKeepsThePhaseAtZero) {
+  Md5Random random;
+  Md5RandomInit(random);
+  for (int i = 0; i < 3; ++i) Md5RandomSeed(random, nullptr, 0);
+  EXPECT_EQ(random.seedPhase, 0U);
+  std::uint8_t out[16];
+  Md5RandomGenerate(random, out, 16);
+  EXPECT_EQ(ToHex(random.state, 16), "a83b19b31e016409d3001331d9f084fd");
+}
+
 TEST(RandomGenerator, NewSeedDropsWhatWasLeftOfTheOutput) {
   Md5Random random;
   std::uint8_t out[16];

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "support/allocation_system.h"
 #include "support/recorded_system.h"
 #include "support/toolkit.h"
 
@@ -158,6 +159,43 @@ TEST(SessionCipher, FailedUpdateEndsTheMessage) {
   ASSERT_TRUE(cipher.BeginEncipher());
   EXPECT_EQ(cipher.DecipherUpdate(plain.data(), 16, area, 16), -1) << "the other direction";
   EXPECT_EQ(cipher.EncipherFinal(area, 16), -1);
+}
+
+TEST(SessionCipher, RoomBeyondWhatAnIntCountsIsTaken) {
+  SessionCipher cipher;
+  MakeSeeded(cipher);
+  std::uint8_t area[16];
+  const Bytes plain = SomeBytes(16);
+  ASSERT_TRUE(cipher.BeginEncipher());
+  EXPECT_EQ(cipher.EncipherUpdate(plain.data(), 16, area, 0xFFFFFFFF), 16);
+}
+
+class RefusingCipher : public SessionCipher {
+ public:
+  bool SetAlgorithm(const AlgorithmDescriptor&, bool encipher) override {
+    wasEncipher = encipher;
+    return false;
+  }
+  bool wasEncipher = false;
+};
+
+TEST(SessionCipher, MessageCannotBeginWhenTheAlgorithmIsNotSet) {
+  RefusingCipher cipher;
+  MakeSeeded(cipher);
+  EXPECT_FALSE(cipher.BeginEncipher());
+  EXPECT_TRUE(cipher.wasEncipher);
+  EXPECT_FALSE(cipher.BeginDecipher());
+  EXPECT_FALSE(cipher.wasEncipher);
+  EXPECT_TRUE(cipher.Encipher(BufferOf({1})).IsEmpty());
+}
+
+TEST(SessionCipher, LivesInABlockOfTheLibrary) {
+  testing::AllocationSystem system;
+  const SystemInForce inForce(system);
+  Cipher* cipher = new SessionCipher;
+  EXPECT_EQ(system.Outstanding(), 1);
+  delete cipher;
+  EXPECT_EQ(system.Outstanding(), 0);
 }
 
 TEST(SessionCipher, FinalEndsTheMessage) {

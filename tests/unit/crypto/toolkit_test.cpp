@@ -73,6 +73,11 @@ TEST(AlgorithmObject, UpdateAndFinalBeforeInitialisationGive514) {
 
 TEST(AlgorithmObject, OperationsWithoutDescriptorGive515) {
   Algorithm algorithm;
+  std::uint8_t out[20];
+  std::uint32_t length;
+  EXPECT_EQ(DigestInit(algorithm, libraryChooser), 515);
+  EXPECT_EQ(DigestUpdate(algorithm, iv, 1), 515);
+  EXPECT_EQ(DigestFinal(algorithm, out, &length, 20), 515);
   EXPECT_EQ(algorithm.Initialise(Direction::digest), 515);
   EXPECT_EQ(Update(algorithm, Direction::digest), 515);
   EXPECT_EQ(Final(algorithm, Direction::digest), 515);
@@ -254,6 +259,37 @@ TEST(Chooser, ResultsOfMethodsAreMapped) {
   EXPECT_EQ(InitialiseAlgorithm(algorithm, Direction::digest, nullptr, chooser), 534);
   failingResult = 77;
   EXPECT_EQ(InitialiseAlgorithm(algorithm, Direction::digest, nullptr, chooser), 520);
+}
+
+TEST(Chooser, KeyThatTheMethodCannotReadGives524) {
+  const AlgorithmMethod methods[] = {
+      {AlgorithmType::rc5CbcPad, Direction::encipher, {KeyInfoType::none, 0}, &rc5CbcPadEncipherOperations},
+      {AlgorithmType::rsaPublic, Direction::encipher, {KeyInfoType::byteString, 0}, &rsaPublicOperations},
+  };
+  const AlgorithmChooser chooser = {methods, 2};
+  const Key key(byteStringKeyDescriptor, {1, 2, 3});
+  Algorithm rc5(rc5CbcPadDescriptor, &usualParameters), rsa(rsaPublicDescriptor);
+  EXPECT_EQ(InitialiseAlgorithm(rc5, Direction::encipher, nullptr, chooser), 524);
+  EXPECT_EQ(InitialiseAlgorithm(rsa, Direction::encipher, key, chooser), 524);
+}
+
+TEST(RandomObject, MethodOfAnotherSizeGives545) {
+  const AlgorithmMethod method = {AlgorithmType::md5Random, Direction::digest, {KeyInfoType::none, 0}, &md5Operations};
+  RandomObject* object = nullptr;
+  ASSERT_EQ(CreateRandom(&object), 0);
+  ASSERT_EQ(SetRandomAlgorithm(object, md5RandomDescriptor), 0);
+  EXPECT_EQ(InitialiseRandom(object, AlgorithmChooser{&method, 1}), 545);
+  DestroyRandom(&object);
+}
+
+TEST(RandomObject, WrongTagGives539) {
+  RandomObject* object = nullptr;
+  ASSERT_EQ(CreateRandom(&object), 0);
+  object->tag ^= 1;
+  EXPECT_EQ(SetRandomAlgorithm(object, md5RandomDescriptor), 539);
+  object->tag ^= 1;
+  EXPECT_EQ(SetRandomAlgorithm(object, md5RandomDescriptor), 0);
+  DestroyRandom(&object);
 }
 
 TEST(RandomObject, StatesAnswerTheirCodes) {
