@@ -46,7 +46,7 @@ class FieldSet : public Object {
   std::int32_t errorCode = 0;
   String version = "1.0";
   NameValueList fields;
-  std::uint32_t scalars[2] = {0, 0};  // copied with the object, interpreted by nobody
+  [[maybe_unused]] std::uint32_t scalars[2] = {0, 0};  // copied with the object, interpreted by nobody
 };
 
 }  // namespace kest

@@ -57,7 +57,7 @@ class NameValueList : public Object {
 
  private:
   ObjectArray<NameValuePair> pairs;
-  bool isOwner = true;  // read by nobody here; it keeps its place in the layout
+  [[maybe_unused]] bool isOwner = true;  // read by nobody here; it keeps its place in the layout
 };
 
 // The size in characters of all fields as header lines: name, ": ", value, "\r\n" each.

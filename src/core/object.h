@@ -27,7 +27,7 @@ class Object {
 
  private:
   // Zero, and read by nobody here; they keep the distance to the fields behind them, which hosts may rely on.
-  std::uint32_t reserved[2] = {0, 0};
+  [[maybe_unused]] std::uint32_t reserved[2] = {0, 0};
 };
 
 }  // namespace kest

@@ -26,9 +26,9 @@ class ProductRecord : public FieldSet {
   // into one text and makes room for all of them first.
   std::uint64_t LineLength() const;
   void AppendLine(String& text) const;
-  // Empties the record, then adds the pairs of `text`, which may be one of the record's own. A value may hold ":" but no
-  // "^"; a pair without ":" in the middle deliberately becomes part of the next name, one at the end is dropped, a text
-  // without ":" gives no pair. Throws Qor::MemoryException and changes nothing when there is no memory.
+  // Empties the record, then adds the pairs of `text`, which may be one of the record's own. A value may hold ":" but
+  // no "^"; a pair without ":" in the middle deliberately becomes part of the next name, one at the end is dropped, a
+  // text without ":" gives no pair. Throws Qor::MemoryException and changes nothing when there is no memory.
   void Parse(const String& text);
 };
 
