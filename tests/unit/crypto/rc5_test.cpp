@@ -80,6 +80,24 @@ TEST(Rc5Cbc, VectorsBothWays) {
   });
 }
 
+TEST(Rc5Cbc, BlocksMayBeChangedInPlaceAndAnyNumberAtOnce) {
+  static Rc5Key key;
+  Rc5ExpandKey(key, 20, usualKey.data(), static_cast<std::uint32_t>(usualKey.size()));
+  for (std::uint32_t blocks = 0; blocks <= 19; ++blocks) {
+    const Bytes plain = SomeBytes(8 * blocks);
+    Bytes single(plain.size()), bytes = plain;
+    Rc5Chain chain;
+    Rc5BeginChain(chain, usualIv.data());
+    for (std::size_t at = 0; at < plain.size(); at += 8) Rc5EncipherBlocks(key, chain, &plain[at], &single[at], 1);
+    Rc5BeginChain(chain, usualIv.data());
+    Rc5EncipherBlocks(key, chain, bytes.data(), bytes.data(), blocks);
+    EXPECT_EQ(bytes, single) << blocks;
+    Rc5BeginChain(chain, usualIv.data());
+    Rc5DecipherBlocks(key, chain, bytes.data(), bytes.data(), blocks);
+    EXPECT_EQ(bytes, plain) << blocks;
+  }
+}
+
 TEST(Rc5CbcPad, VectorsBothWaysInEverySplit) {
   ForEachVector("rc5_cbc_pad.txt", [](VectorRecord& record) {
     const Bytes key = record.Hex("Key"), iv = record.Hex("IV"), plain = record.Hex("Plain");
