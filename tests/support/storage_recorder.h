@@ -3,9 +3,10 @@
 // was wiped before it was freed, and how many bytes were last asked for.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
-#include <cstring>
 #include <map>
+#include <set>
 #include <string>
 #include <utility>
 
@@ -21,9 +22,9 @@ class StorageRecorder : public ForwardingSystem {
   // What happened since the last call.
   std::string Events() { return std::exchange(events, std::string()); }
   std::size_t LastSize() const { return lastSize; }
-  // Texts that were freed with a byte other than zero in them.
-  int Unwiped() const { return unwiped; }
+  // Texts that were freed, and those of them that had a byte other than zero left.
   int Freed() const { return freed; }
+  int Unwiped() const { return unwiped; }
   void Refuse(bool refuse) { refusing = refuse; }
 
   void* GlobalAlloc(std::uint32_t flags, std::size_t bytes) override {
@@ -36,12 +37,11 @@ class StorageRecorder : public ForwardingSystem {
   }
   void GlobalFree(void* block) override {
     Note("free");
-    ++freed;
-    const auto* bytes = static_cast<const char*>(block);
-    for (std::size_t i = sizeof(StringData); i < sizes[block]; ++i) {
-      if (bytes[i] == '\0') continue;
-      ++unwiped;
-      break;
+    if (texts.erase(block) != 0) {
+      ++freed;
+      const char* bytes = static_cast<StringData*>(block)->Characters();
+      const std::size_t length = sizes[block] - sizeof(StringData);
+      if (std::any_of(bytes, bytes + length, [](char byte) { return byte != '\0'; })) ++unwiped;
     }
     sizes.erase(block);
     ForwardingSystem::GlobalFree(block);
@@ -49,6 +49,8 @@ class StorageRecorder : public ForwardingSystem {
   void InitializeCriticalSection(os::CriticalSection* lock) override {
     names[lock] = std::string(1, next++);
     Note("init " + names[lock]);
+    // A block that has a lock in its header is a text's.
+    texts.insert(reinterpret_cast<char*>(lock) - offsetof(StringData, lock));
     ForwardingSystem::InitializeCriticalSection(lock);
   }
   void EnterCriticalSection(os::CriticalSection* lock) override {
@@ -71,6 +73,7 @@ class StorageRecorder : public ForwardingSystem {
   std::string events;
   std::map<void*, std::string> names;
   std::map<void*, std::size_t> sizes;
+  std::set<void*> texts;
   char next = 'A';
   std::size_t lastSize = 0;
   int unwiped = 0;
