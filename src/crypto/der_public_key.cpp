@@ -50,23 +50,33 @@ bool TakeInteger(ByteItem& content, Found& found) {
   return true;
 }
 
+constexpr DerTemplate Value(std::uint8_t tag, bool (*take)(ByteItem&, Found&), bool isOptional = false) {
+  return {tag, isOptional, take, nullptr, 0};
+}
+
+template <std::uint32_t count>
+constexpr DerTemplate Structure(std::uint8_t tag, const DerTemplate (&elements)[count],
+                                bool (*take)(ByteItem&, Found&) = nullptr) {
+  return {tag, false, take, elements, count};
+}
+
 constexpr DerTemplate numbers[] = {
-    {tagInteger, false, TakeInteger, nullptr, 0},
-    {tagInteger, false, TakeInteger, nullptr, 0},
+    Value(tagInteger, TakeInteger),  // modulus
+    Value(tagInteger, TakeInteger),  // public exponent
 };
 constexpr DerTemplate rsaPublicKey[] = {
-    {tagSequence, false, nullptr, numbers, 2},
+    Structure(tagSequence, numbers),
 };
 constexpr DerTemplate algorithmIdentifier[] = {
-    {tagObjectIdentifier, false, TakeAlgorithm, nullptr, 0},
-    {tagNull, true, TakeNull, nullptr, 0},
+    Value(tagObjectIdentifier, TakeAlgorithm),
+    Value(tagNull, TakeNull, true),
 };
 constexpr DerTemplate subjectPublicKeyInfo[] = {
-    {tagSequence, false, nullptr, algorithmIdentifier, 2},
-    {tagBitString, false, TakeBitString, rsaPublicKey, 1},
+    Structure(tagSequence, algorithmIdentifier),
+    Structure(tagBitString, rsaPublicKey, TakeBitString),
 };
 constexpr DerTemplate wholeKey[] = {
-    {tagSequence, false, nullptr, subjectPublicKeyInfo, 2},
+    Structure(tagSequence, subjectPublicKeyInfo),
 };
 
 // Cuts the length octets and the content off the front of `area`, which stands behind a tag. Lengths are definite and

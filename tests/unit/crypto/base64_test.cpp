@@ -155,6 +155,9 @@ TEST(Base64Decoder, PadInFirstOrSecondPlaceGives524) {
 TEST(Base64Decoder, PadInsideTheDataGives524) {
   ExpectRefused("QQ==QUJD", 524);
   ExpectRefused("QUI=QUJD", 524);
+  ExpectRefused("QQ=QQUJD", 524);
+  ExpectRefused("Q=QQQUJD", 524);
+  ExpectRefused("=QQQQUJD", 524);
   ExpectRefused("QUJDQQ==QUJDQUJD", 524);
 }
 
@@ -222,6 +225,14 @@ TEST(ByteBufferBase64, EveryLengthComesBack) {
     ASSERT_TRUE(decoded.DecodeBase64(text));
     ASSERT_EQ(decoded, buffer) << length;
   }
+}
+
+TEST(ByteBufferBase64, TextIsReservedAtOnce) {
+  const ByteBuffer buffer(SomeBytes(300).data(), 300);
+  String text;
+  ASSERT_TRUE(buffer.EncodeBase64(text));
+  EXPECT_EQ(text.Length(), 400U);
+  EXPECT_EQ(text.Storage().Capacity(), 450U) << "room for 300 / 3 * 4 + 8 characters, in steps of 50";
 }
 
 TEST(ByteBufferBase64, NothingIsAnEmptyText) {

@@ -198,6 +198,9 @@ TEST(DerPublicKey, OtherStructuresGive542) {
       {"parameters that are not null", DerPublicKey(modulus, number, rsaEncryption, Der(2, {1}))},
       {"a null with content", DerPublicKey(modulus, number, rsaEncryption, Der(5, {0}))},
       {"two nulls", DerPublicKey(modulus, number, rsaEncryption, derNull + derNull)},
+      {"an algorithm without identifier", Der(0x30, Der(0x30, derNull) + bits)},
+      {"an empty algorithm", Der(0x30, Der(0x30, {}) + bits)},
+      {"no algorithm", Der(0x30, bits)},
       {"a set", Der(0x31, algorithm + bits)},
       {"the numbers alone", numbers},
       {"nothing", {}},
@@ -215,6 +218,15 @@ TEST(DerPublicKey, LengthWithALeadingZeroOctetGives542) {
   const Bytes bad = Bytes{0x30, 0x82, 0x00} + Bytes(good.begin() + 2, good.end());
   EXPECT_EQ(Read(good), 0);
   EXPECT_EQ(Read(bad), 542);
+}
+
+TEST(DerPublicKey, LengthBeyondTheLastByteGives542AndNothingBehindItIsRead) {
+  // An exponent of zero bytes only: whoever trusted its length would strip zeros past the end.
+  Bytes der = DerPublicKey(DerNumber(Modulus(16)), Der(2, {0, 0, 0}));
+  ASSERT_EQ(Read(der), 0);
+  ASSERT_EQ(der[der.size() - 4], 3);
+  der[der.size() - 4] = 4;
+  EXPECT_EQ(Read(der), 542);
 }
 
 TEST(DerPublicKey, EveryTruncationGives542) {

@@ -254,6 +254,13 @@ TEST(SeedFromEntropy, SystemBytesStopWithTheSeed) {
   EXPECT_EQ(total, 38400U);
 }
 
+TEST(SeedFromEntropy, NoMoreSystemBytesAreAskedForThanAreUsed) {
+  RecordedSystem system;
+  system.hasRandom = true;
+  StreamFor(system, 600);
+  EXPECT_EQ(system.randomLengths, (std::vector<std::uint32_t>{256, 256, 88}));
+}
+
 TEST(SeedFromEntropy, SecondSeedDestroysTheFirstGenerator) {
   RecordedSystem system;
   const SystemInForce inForce(system);

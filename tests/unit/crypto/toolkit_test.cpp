@@ -130,7 +130,9 @@ TEST(AlgorithmObject, DigestOperationsOnAnotherAlgorithmGive517) {
   EXPECT_EQ(DigestInit(algorithm, libraryChooser), 517);
   ASSERT_EQ(algorithm.Initialise(Direction::decipher, key), 0);
   EXPECT_EQ(DigestUpdate(algorithm, iv, 8), 517);
+  length = 9;
   EXPECT_EQ(DigestFinal(algorithm, out, &length, sizeof out), 517);
+  EXPECT_EQ(length, 0U);
 }
 
 TEST(AlgorithmObject, RandomMethodHasNoFinalAndGives517) {
