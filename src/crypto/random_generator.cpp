@@ -66,7 +66,10 @@ bool RandomGenerator::SeedFromEntropy(std::uint16_t byteCount) {
 }
 
 bool RandomGenerator::SeedFromBytes(std::uint8_t* seed, std::uint16_t length) {
-  if (seed == nullptr) length = 0;
+  if (seed == nullptr && length != 0) {
+    Destroy();
+    return false;
+  }
   const SeedBuffer buffers[] = {{seed, length}};
   return Seed(buffers, 1);
 }
