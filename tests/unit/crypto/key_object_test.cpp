@@ -220,6 +220,18 @@ TEST(DerPublicKey, LengthWithALeadingZeroOctetGives542) {
   EXPECT_EQ(Read(bad), 542);
 }
 
+TEST(DerPublicKey, IndefiniteLengthIsNotALengthOf128) {
+  Bytes der;
+  for (std::size_t size = 64; der.size() != 3 + 128; ++size) {
+    ASSERT_LT(size, 128U);
+    der = PublicKey(Modulus(size), exponent);
+  }
+  ASSERT_EQ(Read(der), 0);
+  ASSERT_EQ(der[2], 0x80);
+  der.erase(der.begin() + 1);
+  EXPECT_EQ(Read(der), 542);
+}
+
 TEST(DerPublicKey, LengthBeyondTheLastByteGives542AndNothingBehindItIsRead) {
   // An exponent of zero bytes only: whoever trusted its length would strip zeros past the end.
   Bytes der = DerPublicKey(DerNumber(Modulus(16)), Der(2, {0, 0, 0}));

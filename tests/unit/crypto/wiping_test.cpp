@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstring>
 #include <map>
 
 #include "core/memory.h"
@@ -27,6 +28,8 @@ class FreedMemory : public ForwardingSystem {
  public:
   void* GlobalAlloc(std::uint32_t flags, std::size_t bytes) override {
     void* block = ForwardingSystem::GlobalAlloc(flags, bytes);
+    // What the heap left there is nobody's secret here.
+    std::memset(block, 0xCD, bytes);
     sizes[block] = bytes;
     return block;
   }
