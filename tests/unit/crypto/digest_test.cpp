@@ -160,8 +160,10 @@ TEST(DigestText, RefusedDescriptorGivesNothing) {
 TEST(DigestLength, IsZeroForWhatIsNoDigest) {
   EXPECT_EQ(DigestLength(md5Descriptor), 16U);
   EXPECT_EQ(DigestLength(sha1Descriptor), 20U);
-  EXPECT_EQ(DigestLength(rc5CbcPadDescriptor), 0U);
-  EXPECT_EQ(DigestLength(rsaPublicDescriptor), 0U);
+  for (const AlgorithmDescriptor* other :
+       {&md5RandomDescriptor, &rc5CbcPadDescriptor, &base64Descriptor, &rsaPublicDescriptor}) {
+    EXPECT_EQ(DigestLength(*other), 0U);
+  }
 }
 
 }  // namespace
