@@ -1,10 +1,12 @@
 // A system that writes down what is done with blocks and locks, one word after another: "alloc", "init A", "enter A",
 // "leave A", "delete A", "free". Locks are named in the order of their making. It also looks whether a block of text
-// was wiped before it was freed, and how many bytes were last asked for.
+// was wiped before it was freed, and how many bytes were last asked for. New blocks hold no zero
+// bytes.
 #pragma once
 
 #include <algorithm>
 #include <cstddef>
+#include <cstring>
 #include <map>
 #include <set>
 #include <string>
@@ -32,6 +34,8 @@ class StorageRecorder : public ForwardingSystem {
     lastSize = bytes;
     if (refusing) return nullptr;
     void* block = ForwardingSystem::GlobalAlloc(flags, bytes);
+    // No block is clear by chance.
+    std::memset(block, 0xCD, bytes);
     sizes[block] = bytes;
     return block;
   }

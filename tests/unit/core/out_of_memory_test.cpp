@@ -87,6 +87,7 @@ const StringOperation stringOperations[] = {
     {"Insert", [](String& text, const String&) { text.Insert("abc", 0, 3); }},
     {"InsertOwnPiece", [](String& text, const String&) { text.Insert(text.Characters(), 0, text.Length()); }},
     {"JoinString", [](String& text, const String& exclusive) { text.JoinPath(exclusive); }},
+    {"JoinLongString", [](String& text, const String&) { text.JoinPath(String(Sample(120).c_str())); }},
     {"JoinItself",
      [](String& text, const String& exclusive) { text.IsEmpty() ? text.JoinPath(exclusive) : text.JoinPath(text); }},
     {"JoinText", [](String& text, const String&) { text.JoinPath("abc"); }},

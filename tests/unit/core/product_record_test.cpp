@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <utility>
 
 #include "support/allocation_system.h"
 #include "support/storage_inspection.h"
@@ -63,6 +64,14 @@ TEST(ProductRecordParse, TheErrorCodeStays) {
   record.SetErrorCode(7);
   record.Parse("a:1");
   EXPECT_EQ(7, record.ErrorCode());
+}
+
+TEST(ProductRecordParse, ARecordThatWasMovedFromIsWholeAgain) {
+  ProductRecord record;
+  const ProductRecord taken(std::move(record));
+  record.Parse("a:1");
+  EXPECT_STREQ("1.0", record.Version().Text());
+  EXPECT_STREQ("KEST-Product: a:1\r\n", record.Format().Text());
 }
 
 TEST(ProductRecordParse, TheTextMayBeAFieldOfTheRecord) {

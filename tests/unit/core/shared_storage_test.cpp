@@ -37,6 +37,8 @@ TEST(SharedStorage, DefaultConstructionDoesNotAllocate) {
 }
 
 TEST(SharedStorage, CapacityIsTheNextMultipleOfFiftyAboveTheLength) {
+  StorageRecorder recorder;
+  SystemInForce inForce(recorder);
   for (std::uint32_t length = 0; length <= 1000; ++length) {
     const String text = Text(length);
     EXPECT_EQ((length / 50 + 1) * 50, CapacityOf(text)) << length;
@@ -92,6 +94,8 @@ TEST(SharedStorage, EnsuringALengthInPlaceWritesNoNul) {
 }
 
 TEST(SharedStorage, KeepingCarriesTheTextOverAndEndsTheNewLength) {
+  StorageRecorder recorder;
+  SystemInForce inForce(recorder);
   SharedStorage storage;
   storage.EnsureLengthDiscard(4);
   std::memcpy(storage.Characters(), "abcd", 5);
@@ -102,6 +106,8 @@ TEST(SharedStorage, KeepingCarriesTheTextOverAndEndsTheNewLength) {
 }
 
 TEST(SharedStorage, DiscardingWritesANulInFront) {
+  StorageRecorder recorder;
+  SystemInForce inForce(recorder);
   SharedStorage storage;
   storage.EnsureLengthDiscard(4);
   std::memcpy(storage.Characters(), "abcd", 5);

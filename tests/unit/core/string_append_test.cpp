@@ -202,6 +202,15 @@ TEST(StringInsert, PiecesOfTheTextItselfAreTakenAsTheyWereBefore) {
   String text("abcdef");
   text.Insert(text.Characters() + 2, 3, 4);
   EXPECT_STREQ("abccdefdef", text.Characters());
+  text = "abcdef";
+  text.Insert(text.Characters() + 2, 0, 2);
+  EXPECT_STREQ("cdabcdef", text.Characters());
+}
+
+TEST(StringInsert, PiecesOfTheTextItselfAreTakenAlsoWhereTheBlockMustGrow) {
+  String text(Sample(49).c_str());
+  text.Insert(text.Characters() + 10, 5, 20);
+  EXPECT_EQ(Sample(49).insert(5, Sample(49).substr(10, 20)), Content(text));
 }
 
 // Path joining with a String.

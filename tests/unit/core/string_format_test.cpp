@@ -66,6 +66,13 @@ TEST(StringFormat, AResultLongerThanTheBoundIsWhole) {
   EXPECT_EQ(std::string(59, ' ') + "a", Content(text));
 }
 
+TEST(StringFormat, AResultOfExactlyTheCapacityIsWhole) {
+  String text;
+  text.Format("%50.1s", "abc");  // one character is reserved, which gives a block of 50
+  EXPECT_EQ(std::string(49, ' ') + "a", Content(text));
+  EXPECT_EQ(100u, CapacityOf(text));
+}
+
 TEST(StringFormat, AConversionTheBoundDoesNotKnowIsWhole) {
   String text;
   text.Format("%E%s", 1.5, "x");
