@@ -96,6 +96,16 @@ TEST(Digests, BitCountCarriesIntoItsSecondWord) {
   EXPECT_EQ(sha1.buffer.bitsHigh, 1U);
 }
 
+TEST(Digests, BitsOfOneLongUpdateAreCountedInBothWords) {
+  DigestBuffer buffer{};
+  buffer.Count(0xFFFFFFFF);
+  EXPECT_EQ(buffer.bitsLow, 0xFFFFFFF8);
+  EXPECT_EQ(buffer.bitsHigh, 7U);
+  buffer.Count(1);
+  EXPECT_EQ(buffer.bitsLow, 0U);
+  EXPECT_EQ(buffer.bitsHigh, 8U);
+}
+
 TEST(Digests, OutputBelowTheDigestGives536AndTheDigestIsKept) {
   const struct {
     const AlgorithmDescriptor& descriptor;

@@ -110,6 +110,7 @@ TEST(RsaPublicCipher, WholeMessageSeedsAndTheLowerLevelDoesNot) {
   RecordedSystem system;
   const SystemInForce inForce(system);
   RsaPublicCipher cipher;
+  system.hasRandom = true;
   ASSERT_TRUE(cipher.LoadPublicKey(KeyText(Modulus(64))));
   ASSERT_TRUE(cipher.BeginEncipher());
   EXPECT_EQ(system.seedings, 0U);

@@ -230,6 +230,7 @@ TEST(SessionCipher, SeedsForItsKeyAndForEveryMessageItEnciphers) {
   RecordedSystem system;
   const SystemInForce inForce(system);
   SessionCipher cipher;
+  system.hasRandom = true;
   ASSERT_TRUE(cipher.MakeKey(1024, nullptr, 0));
   EXPECT_EQ(system.randomLengths, (std::vector<std::uint32_t>{128}));
   const ByteBuffer enciphered = cipher.Encipher(BufferOf({1}));
