@@ -220,6 +220,20 @@ TEST(DerPublicKey, LengthWithALeadingZeroOctetGives542) {
   EXPECT_EQ(Read(bad), 542);
 }
 
+TEST(DerPublicKey, LongFormOfAShortLengthGives542) {
+  const Bytes good = PublicKey(Modulus(16), exponent);
+  ASSERT_LT(good[1], 0x80);
+  ASSERT_EQ(Read(good), 0);
+  EXPECT_EQ(Read(Bytes{0x30, 0x81} + Bytes(good.begin() + 1, good.end())), 542);
+}
+
+TEST(DerPublicKey, LengthBeyond32BitsIsNotCutToThem) {
+  const Bytes good = PublicKey(Modulus(128), exponent);
+  ASSERT_EQ(good[1], 0x81);
+  ASSERT_EQ(Read(good), 0);
+  EXPECT_EQ(Read(Bytes{0x30, 0x85, 1, 0, 0, 0} + Bytes(good.begin() + 2, good.end())), 542);
+}
+
 TEST(DerPublicKey, IndefiniteLengthIsNotALengthOf128) {
   Bytes der;
   for (std::size_t size = 64; der.size() != 3 + 128; ++size) {
