@@ -6,6 +6,33 @@ namespace kest {
 
 static_assert(sizeof(void*) != 4 || sizeof(ProductRecord) == 60, "nothing behind the base");
 
+namespace {
+
+// Where one pair stands in a record's text: the name from `begin`, the value behind `colon` up to `end`.
+struct PairPosition {
+  std::uint32_t begin = 0;
+  std::uint32_t colon = 0;
+  std::uint32_t end = 0;
+
+  // Finds the pair that starts at `begin`; false when there is none.
+  bool FindIn(const String& text) {
+    const std::int32_t nextColon = text.Find(':', static_cast<std::int32_t>(begin));
+    if (nextColon < 0) return false;
+    const std::int32_t separator = text.Find('^', nextColon);
+    colon = static_cast<std::uint32_t>(nextColon);
+    end = separator >= 0 ? static_cast<std::uint32_t>(separator) : text.Length();
+    return true;
+  }
+};
+
+std::uint32_t CountPairs(const String& text) {
+  std::uint32_t count = 0;
+  for (PairPosition at; at.FindIn(text); at.begin = at.end + 1) ++count;
+  return count;
+}
+
+}  // namespace
+
 String ProductRecord::Format() const {
   String line;
   line.Reserve(LineLength());
@@ -38,18 +65,9 @@ void ProductRecord::AppendLine(String& text) const {
 void ProductRecord::Parse(const String& text) {
   // Into a list of its own: the text may be a field of this very record, and memory may run out half-way.
   NameValueList pairs;
-  const auto length = static_cast<std::int32_t>(text.Length());
-  std::int32_t position = 0;
-  for (;;) {
-    const std::int32_t colon = text.Find(':', position);
-    if (colon < 0) break;
-    std::int32_t end = text.Find('^', colon);
-    if (end < 0) end = length;
-    const auto slice = [&text](std::int32_t from, std::int32_t to) {
-      return text.Middle(static_cast<std::uint32_t>(from), static_cast<std::uint32_t>(to - from));
-    };
-    pairs.Add(NameValuePair(slice(position, colon), slice(colon + 1, end)));
-    position = end + 1;
+  pairs.Reserve(CountPairs(text));
+  for (PairPosition at; at.FindIn(text); at.begin = at.end + 1) {
+    pairs.Add(NameValuePair(text.Middle(at.begin, at.colon - at.begin), text.Middle(at.colon + 1, at.end - at.colon - 1)));
   }
   Clear();
   Fields() = std::move(pairs);

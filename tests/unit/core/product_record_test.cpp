@@ -91,6 +91,24 @@ TEST(ProductRecordParse, ManyPairsAreTakenInOrder) {
   EXPECT_EQ("KEST-Product: " + text + "\r\n", testing::Content(record.Format()));
 }
 
+TEST(ProductRecordParse, RoomForAllPairsIsMadeAtOnce) {
+  const auto allocations = [](int pairs) {
+    std::string text;
+    for (int i = 0; i < pairs; ++i) text += "a:^";
+    const String value(text.c_str());
+    testing::AllocationSystem memory;
+    testing::SystemInForce inForce(memory);
+    ProductRecord record;
+    memory.Restart();
+    record.Parse(value);
+    EXPECT_EQ(static_cast<std::uint32_t>(pairs), record.Fields().Count());
+    return memory.Allocations();
+  };
+  // One block for the list, one for each name; empty values have none.
+  EXPECT_EQ(101u, allocations(100));
+  EXPECT_EQ(10001u, allocations(10000));
+}
+
 TEST(ProductRecordFormat, IsTheInverse) {
   for (const char* text : {"a:1", "a:1^b:2:3", "a:1^a:2", "a:1^xyz^b:2", "a:^:1", ":"}) {
     ProductRecord record;
