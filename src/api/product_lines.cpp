@@ -14,20 +14,22 @@ void AppendProductLines(const ProductRecords& records, String& text) {
   for (std::uint32_t i = 0; i < records.Count(); ++i) records.At(i).AppendLine(text);
 }
 
-void LoadReply(const FieldSet& reply, FieldSet& target, ProductRecords& records) {
+SortedReply SortReply(const FieldSet& reply) {
   const NameValueList& fields = reply.Fields();
   std::uint32_t products = 0;
   for (std::uint32_t i = 0; i < fields.Count(); ++i) products += IsProduct(fields.At(i)) ? 1 : 0;
-  records.Reserve(records.Count() + products);
-  target.Fields().Reserve(target.Fields().Count() + fields.Count() - products);
+  SortedReply sorted;
+  sorted.records.Reserve(products);
+  sorted.fields.Reserve(fields.Count() - products);
   for (std::uint32_t i = 0; i < fields.Count(); ++i) {
     const NameValuePair& field = fields.At(i);
     if (IsProduct(field)) {
-      records.AppendNew().Parse(field.Value());
+      sorted.records.AppendNew().Parse(field.Value());
     } else {
-      target.Add(field.Name(), field.Value());
+      sorted.fields.Add(field.Name(), field.Value());
     }
   }
+  return sorted;
 }
 
 }  // namespace kest

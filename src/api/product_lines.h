@@ -11,8 +11,14 @@ using ProductRecords = ObjectArray<ProductRecord>;
 // Appends the "KEST-Product" line of every record, in order; makes room for all of them first.
 void AppendProductLines(const ProductRecords& records, String& text);
 
-// Appends the fields of `reply` in order: each "KEST-Product" field (letter case ignored) becomes one record behind
-// `records`, every other field goes to `target`'s own fields.
-void LoadReply(const FieldSet& reply, FieldSet& target, ProductRecords& records);
+// A reply sorted into products and everything else, each in reply order.
+struct SortedReply {
+  NameValueList fields;
+  ProductRecords records;
+};
+
+// Sorts a reply: each "KEST-Product" field (letter case ignored) becomes one record, every other field is kept as it is.
+// Throws Qor::MemoryException when there is no memory.
+SortedReply SortReply(const FieldSet& reply);
 
 }  // namespace kest

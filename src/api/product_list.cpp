@@ -1,5 +1,7 @@
 #include "api/product_list.h"
 
+#include <utility>
+
 namespace kest {
 
 static_assert(sizeof(void*) != 4 || sizeof(ProductList) == 80, "the layout that 32-bit hosts may read");
@@ -17,8 +19,11 @@ String ProductList::Format() const {
 }
 
 void ProductList::Load(const FieldSet& reply) {
+  SortedReply sorted = SortReply(reply);
   Clear();
-  LoadReply(reply, *this, records);
+  // Nothing fails from here on: the list holds the old reply or the new one, never a part.
+  Fields() = std::move(sorted.fields);
+  records = std::move(sorted.records);
 }
 
 FieldSet* ProductList::Next() {

@@ -17,7 +17,7 @@ class ProductList : public FieldSet {
   // Renders the own fields, then the "KEST-Product" line of each record.
   String Format() const override;
 
-  // Clears the list and fills it from a reply.
+  // Clears the list and fills it from a reply. Throws Qor::MemoryException and changes nothing when there is no memory.
   void Load(const FieldSet& reply);
   // Answers the record at the cursor and moves on; null after the last one, and on a list without records. The record
   // lives until the list is cleared, loaded or destroyed.

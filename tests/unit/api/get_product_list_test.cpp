@@ -80,6 +80,77 @@ TEST_F(GetProductListTest, AListIsFetchedAgainWithItsRecordsSentAlong) {
   EXPECT_EQ(2u, list.Records().Count());
 }
 
+TEST_F(GetProductListTest, ARepeatedCallAsksForTheNewVersionAlone) {
+  ProductList list;
+  CommerceCall call;
+  SetApplicationGuid("first-guid");
+  FailTheExchange();
+  EXPECT_FALSE(GetProductList(call, list, "1.0"));
+  SetApplicationGuid("second-guid");
+  server.answer = [](SealedServer& self, const ServerRequest& request) { return self.AnswerHonestly(request); };
+  ASSERT_TRUE(GetProductList(call, list, "2.0"));
+  EXPECT_EQ(0u, server.OpenRequest(server.requests.back())
+                    .find("GUID: second-guid\r\nVERSIONID: 2.0\r\nKEST-Service: GetProductList\r\nKEST-Auth-"));
+}
+
+TEST_F(GetProductListTest, AServiceCallReplacesTheReplyWholeAndSetsNoErrorCode) {
+  server.replyFields = {{"Note", "n"}};
+  FieldSet request, reply;
+  CommerceCall call;
+  request.SetErrorCode(7);
+  reply.SetErrorCode(8);
+  reply.Add("before", "1");
+  ASSERT_TRUE(ServiceCall(call, "GetProductList", request, reply));
+  EXPECT_EQ(7, request.ErrorCode());
+  EXPECT_EQ(0, reply.ErrorCode());
+  EXPECT_STREQ("1.0", reply.Version().Text());
+  EXPECT_TRUE(reply.Get("before").IsEmpty());
+  FailTheExchange();
+  reply.SetErrorCode(8);
+  EXPECT_FALSE(ServiceCall(call, "GetProductList", request, reply));
+  EXPECT_EQ(7, request.ErrorCode());
+  EXPECT_EQ(8, reply.ErrorCode());
+  EXPECT_STREQ("n", reply.Get("Note").Text());
+}
+
+TEST_F(GetProductListTest, MemoryThatEndsWhileTheListIsLoadedKeepsTheRecordsBefore) {
+  server.replyFields = {{"KEST-Product", "SKU:1"}, {"KEST-Product", "SKU:2"}};
+  bool isDone = false;
+  std::uint64_t kept = 0;
+  for (std::uint64_t point = 1; !isDone; ++point) {
+    ProductList list;
+    server.replyFields[0].second = "SKU:1";
+    ASSERT_TRUE(Get(list));
+    server.replyFields[0].second = "SKU:3";
+    memory.FailAt(point, testing::AllocationSystem::Failing::once);
+    try {
+      isDone = Get(list);
+    } catch (const Qor::MemoryException&) {
+    }
+    memory.FailNever();
+    ASSERT_EQ(2u, list.Records().Count()) << point;
+    EXPECT_STREQ(isDone ? "3" : "1", list.Records().At(0).Get("SKU").Text()) << point;
+    EXPECT_STREQ("2", list.Records().At(1).Get("SKU").Text()) << point;
+    kept += isDone ? 0 : 1;
+  }
+  EXPECT_GT(kept, 100u);
+}
+
+TEST_F(GetProductListTest, LoadingMakesRoomAtOnce) {
+  const auto allocations = [this](std::uint32_t products) {
+    FieldSet reply;
+    for (std::uint32_t i = 0; i < products; ++i) reply.Add("KEST-Product", "SKU:1");
+    for (std::uint32_t i = 0; i < products; ++i) reply.Add("Note", "n");
+    ProductList list;
+    memory.Restart();
+    list.Load(reply);
+    return memory.Allocations();
+  };
+  // Four for each product (its version, its list, its name and value), one for the records, one for the fields.
+  EXPECT_EQ(1000u * 4 + 2, allocations(1000));
+  EXPECT_EQ(4000u * 4 + 2, allocations(4000));
+}
+
 TEST_F(GetProductListTest, RunningOutOfMemoryInTheExchangeIsAFailedExchange) {
   for (const auto how : {testing::AllocationSystem::Failing::once, testing::AllocationSystem::Failing::fromThenOn}) {
     std::uint64_t failed = 0, thrown = 0;
