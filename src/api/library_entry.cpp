@@ -1,6 +1,5 @@
 // The library's entry: what happens when a process loads it and lets it go. The system calls it, one thread at a time.
-#include "api/library_state.h"
-#include "transport/socket_startup.h"
+#include "api/library_lifetime.h"
 
 #ifdef _WIN32
 
@@ -16,11 +15,9 @@ void __verbose_terminate_handler() { std::abort(); }
 
 extern "C" BOOL WINAPI DllMain(HINSTANCE module, DWORD reason, void*) {
   if (reason == DLL_PROCESS_ATTACH) {
-    kest::State().module = module;
-    // A library without sockets still loads; its calls fail then.
-    kest::SocketStartup();
+    kest::AttachProcess(module);
   } else if (reason == DLL_PROCESS_DETACH) {
-    kest::SocketCleanup();
+    kest::DetachProcess();
   }
   return TRUE;
 }
@@ -31,8 +28,8 @@ namespace {
 
 class LibraryEntry {
  public:
-  LibraryEntry() { kest::SocketStartup(); }
-  ~LibraryEntry() { kest::SocketCleanup(); }
+  LibraryEntry() { kest::AttachProcess(nullptr); }
+  ~LibraryEntry() { kest::DetachProcess(); }
 };
 
 LibraryEntry libraryEntry;
