@@ -36,7 +36,8 @@ class HttpConnection {
   // `reply`, whatever it is, and the body is still to be read. False, and closed, when connecting, sending or reading
   // failed. `request` is changed by what further attempts called for: its URL by redirects, its "Content-Length" by a
   // 411; its proxy is set from proxyHost and proxyPort, and by a 305 for this run only. A server may ask for the next
-  // attempt without end by 411 or 305: only redirects and time-outs are counted, five of each. Throws
+  // attempt without end by 411 or 305: only redirects and time-outs are counted, five of each. A redirect to another
+  // scheme is fetched by plain HTTP too. Throws
   // Qor::MemoryException, and is closed, when there is no memory.
   bool Run(HttpRequest& request, BodySource& body);
 

@@ -1,5 +1,7 @@
 #include "transport/next_attempt.h"
 
+#include <utility>
+
 namespace kest {
 namespace {
 
@@ -23,7 +25,10 @@ bool FollowRedirect(const HttpReply& reply, HttpRequest& request, AttemptState& 
 bool UseProxy(const HttpReply& reply, HttpRequest& request) {
   const String location = reply.headers.Get(header::location);
   if (location.IsEmpty()) return false;
-  request.proxy = HttpUrl::Parse(location);
+  HttpUrl proxy = HttpUrl::Parse(location);
+  // Without a host it names no proxy; to go on would mean to go past the one that is set.
+  if (proxy.host.IsEmpty()) return false;
+  request.proxy = std::move(proxy);
   return true;
 }
 

@@ -286,6 +286,15 @@ TEST_F(HttpConnectionTest, KeptConnectionIsReusedForARedirectToTheSameHostInOthe
   EXPECT_EQ(Plain(connection.ReadBody()), "hi");
 }
 
+TEST_F(HttpConnectionTest, KeptConnectionOnAnyPortIsReused) {
+  ServeKept({Redirect("http://server:81/y"), ok});
+  AskToBeKept();
+  request.url = HttpUrl::Parse("http://server:81/x");
+  EXPECT_TRUE(Run());
+  EXPECT_THAT(Targets(), ElementsAre("10.0.0.1:81"));
+  EXPECT_THAT(RequestLines(), ElementsAre("GET /x HTTP/1.1", "GET /y HTTP/1.1"));
+}
+
 TEST_F(HttpConnectionTest, KeptConnectionIsNotReusedForAnotherHostOrPort) {
   Serve({Redirect("http://other/y"), Redirect("http://other:81/y"), ok});
   AskToBeKept();

@@ -92,6 +92,16 @@ TEST_F(NextAttemptTest, UseProxyWithoutALocationStops) {
   EXPECT_FALSE(request.UsesProxy());
 }
 
+TEST_F(NextAttemptTest, UseProxyWithoutAHostStopsAndKeepsTheProxyInUse) {
+  for (const char* location : {"/", "other:3128", "http:///path", "http:"}) {
+    request.proxy.host = "proxy";
+    request.proxy.port = 3128;
+    EXPECT_FALSE(Prepare(305, location)) << location;
+    EXPECT_EQ(Plain(request.proxy.host), "proxy") << location;
+    EXPECT_EQ(request.proxy.port, 3128) << location;
+  }
+}
+
 TEST_F(NextAttemptTest, FiveTimeoutsAreTriedAgain) {
   request.method = "POST";
   for (int i = 0; i < 5; ++i) EXPECT_TRUE(Prepare(408));
