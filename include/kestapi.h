@@ -110,10 +110,13 @@ KEST_API const char* KEST_CALL KestGetFieldValue(KestFieldSet* set, int32_t inde
  */
 KEST_API int32_t KEST_CALL KestGetErrorCode(KestFieldSet* set);
 
-/* 108. Appends a field, also when the name is there already. */
+/*
+ * 108. Appends a field, also when the name is there already. Fields travel as header lines: a request is cut at a value
+ * that holds an empty line, and one that holds a carriage return without a line feed makes it fail.
+ */
 KEST_API void KEST_CALL KestAddField(KestFieldSet* set, const char* name, const char* value);
 
-/* 109. Replaces the value of the first field of that name, letter case ignored, or appends the field. */
+/* 109. Replaces the value of the first field of that name, letter case ignored, or appends the field; see 108. */
 KEST_API void KEST_CALL KestSetField(KestFieldSet* set, const char* name, const char* value);
 
 /* ---- Server ----------------------------------------------------------------------------------------------------- */
@@ -121,7 +124,8 @@ KEST_API void KEST_CALL KestSetField(KestFieldSet* set, const char* name, const 
 /*
  * 102. Sets the commerce server for the whole process: host name or dotted address, TCP port (its low 16 bits; 0 means
  * 80), and the server's public key: base64 of a DER SubjectPublicKeyInfo with an RSA key (RFC 3279 section 2.3.1).
- * False when the key text does not decode; host and port are stored all the same, and no key is loaded.
+ * False when the key text does not decode; host and port are stored all the same, and no key is loaded. False
+ * for want of memory loads no key either.
  */
 KEST_API KestBool KEST_CALL KestSetServer(const char* host, uint32_t port, const char* key);
 
@@ -148,7 +152,8 @@ KEST_API void KEST_CALL KestDestroyProductList(KestProductList* list);
 /*
  * 524. Fetches the products for the application's GUID and `versionId`. On success the list holds the reply's
  * products and, as its own fields, everything else that the reply said, "KEST-Error" included: read that field, it does
- * not make the call fail. False leaves the list's products and code KEST_ERROR_EXCHANGE.
+ * not make the call fail. False leaves the list's products; its code is then KEST_ERROR_EXCHANGE, or as it was when
+ * memory ran out before or after the exchange.
  */
 KEST_API KestBool KEST_CALL KestGetProductList(KestProductList* list, const char* versionId);
 

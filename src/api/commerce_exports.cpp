@@ -17,7 +17,7 @@ KestBool KEST_CALL KestConfigureServer(KestFieldSet* configuration) {
     const FieldSet& settings = *FromHandle(configuration);
     const String server = settings.Get("SERVER");
     const auto port = static_cast<std::uint16_t>(settings.Get("PORT").ToUnsigned());
-    return SetServer(server, port, settings.Get("TARVOPK"));
+    return SetServer(server.Characters(), port, settings.Get("TARVOPK").Characters());
   });
 }
 

@@ -11,7 +11,8 @@ ServerSettings settings;
 
 const ServerSettings& Settings() { return settings; }
 
-bool SetServer(const String& host, std::uint16_t port, const String& keyText) {
+bool SetServer(const char* host, std::uint16_t port, const char* keyText) {
+  settings.serverPublicKey.Clear();
   // Without sockets every request fails; whether the key is good is another question.
   SocketStartup();
   settings.server.host = host;

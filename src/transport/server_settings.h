@@ -19,8 +19,9 @@ struct ServerSettings {
 const ServerSettings& Settings();
 
 // Starts the socket library, stores host and port, then loads the key. Answers whether the key text decoded; when it did
-// not, host and port are stored and no key is loaded. Throws Qor::MemoryException when there is no memory.
-bool SetServer(const String& host, std::uint16_t port, const String& keyText);
+// not, host and port are stored and no key is loaded. Null texts are empty. Throws Qor::MemoryException when there is no
+// memory; no key is loaded then either.
+bool SetServer(const char* host, std::uint16_t port, const char* keyText);
 
 // Loads the server's public key from its text: base64 (RFC 4648 section 4) of a DER SubjectPublicKeyInfo. False, and no
 // key is loaded, when any step fails.

@@ -51,6 +51,23 @@ TEST_F(ConfigureServer, AnyObjectOfTheFamilyServes) {
   KestDestroyCheckout(checkout);
 }
 
+// Says for every name what it was asked for.
+class AnsweringSet : public FieldSet {
+ public:
+  String Get(const char* name) const override {
+    const String wanted(name);
+    if (wanted == "SERVER") return "own.example";
+    return wanted == "PORT" ? String("81") : String(SealedServer::KeyText().c_str());
+  }
+};
+
+TEST_F(ConfigureServer, TheSettingsAreReadThroughTheObjectsOwnGet) {
+  AnsweringSet own;
+  EXPECT_EQ(1, KestConfigureServer(ToHandle(&own)));
+  EXPECT_STREQ("own.example", Settings().server.host.Text());
+  EXPECT_EQ(81, Settings().server.port);
+}
+
 TEST_F(ConfigureServer, NullIsRefused) { EXPECT_EQ(0, KestConfigureServer(nullptr)); }
 
 TEST(NullObjects, GiveTheFailingResults) {
@@ -210,6 +227,13 @@ TEST_F(ProductListExports, EveryFailedAllocationGivesTheStatedResultAndLeaksNoth
     }
     EXPECT_GT(failures, 50u);
   }
+}
+
+TEST(ApplicationGuid, ANewOneEmptiesTheResellerList) {
+  State().resellerList = "of another application";
+  KestSetApplicationGuid("guid");
+  EXPECT_TRUE(State().resellerList.IsEmpty());
+  KestSetApplicationGuid(nullptr);
 }
 
 TEST(ApplicationGuid, IsReplacedWholeOrNotAtAll) {

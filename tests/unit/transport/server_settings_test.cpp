@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "core/exception.h"
 #include "support/commerce_fixture.h"
 
 namespace kest {
@@ -51,6 +52,48 @@ TEST_F(ServerSettingsTest, TheResultDependsOnTheKeyAlone) {
   NoSockets system;
   testing::SystemInForce inForce(system);
   EXPECT_TRUE(SetServer("shop.example", 8080, SealedServer::KeyText().c_str()));
+}
+
+// Counts what the socket library is asked for.
+class SocketRecorder : public testing::ForwardingSystem {
+ public:
+  int WSAStartup(std::uint16_t version, os::SocketLibraryData* data) override {
+    versions.push_back(version);
+    return ForwardingSystem::WSAStartup(version, data);
+  }
+  std::vector<std::uint16_t> versions;
+};
+
+TEST_F(ServerSettingsTest, TheSocketLibraryIsStartedEachTime) {
+  SocketRecorder system;
+  testing::SystemInForce inForce(system);
+  SetServer("shop.example", 8080, "no key");
+  EXPECT_EQ((std::vector<std::uint16_t>{0x0101}), system.versions);
+  SetServer("shop.example", 8080, SealedServer::KeyText().c_str());
+  EXPECT_EQ((std::vector<std::uint16_t>{0x0101, 0x0101}), system.versions);
+}
+
+TEST_F(ServerSettingsTest, WithoutMemoryNoKeyIsLoaded) {
+  const std::string host(60, 'h');  // longer than any block that is there
+  const std::string key = SealedServer::KeyText();
+  for (std::uint64_t point = 1;; ++point) {
+    ASSERT_TRUE(SetServer("first", 1, key.c_str()));
+    testing::AllocationSystem memory;
+    bool isLoaded = true;
+    {
+      testing::SystemInForce inForce(memory);
+      memory.FailAt(point, testing::AllocationSystem::Failing::fromThenOn);
+      try {
+        isLoaded = SetServer(host.c_str(), 2, key.c_str());
+      } catch (const Qor::MemoryException&) {
+        isLoaded = false;
+      }
+    }
+    RsaPublicCipher copy;
+    EXPECT_EQ(isLoaded, copy.CopyKeyFrom(Settings().serverPublicKey)) << point;
+    if (isLoaded) break;
+    ASSERT_LT(point, 50u);
+  }
 }
 
 TEST_F(ServerSettingsTest, TheProxyIsStored) {
