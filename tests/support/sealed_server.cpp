@@ -1,5 +1,7 @@
 #include "support/sealed_server.h"
 
+#include <gtest/gtest.h>
+
 #include <algorithm>
 #include <cstring>
 
@@ -31,6 +33,14 @@ std::string DerLength(std::size_t length) {
 }
 
 std::string Der(char tag, const std::string& content) { return tag + DerLength(content.size()) + content; }
+
+// What a sealed message says behind its digest, which must be that text's own.
+std::string TextBehindDigest(const std::string& message) {
+  const std::size_t digestLength = std::min<std::size_t>(28, message.size());
+  const std::string text = message.substr(digestLength);
+  EXPECT_EQ(SealedServer::DigestOf(text), message.substr(0, digestLength));
+  return text;
+}
 
 std::string FieldOf(const std::string& text, const std::string& name) {
   const std::size_t at = text.find(name + ": ");
@@ -81,16 +91,21 @@ std::string SealedServer::OpenHandshake(const ServerRequest& request) {
   for (std::size_t at = 0; at + modulusBytes <= blocks.size(); at += modulusBytes) {
     message += blocks.substr(at + 1, modulusBytes - 1);
   }
-  message.resize(std::min(message.size(), message.find('\0')));
-  const std::string text = message.substr(std::min<std::size_t>(28, message.size()));
+  const std::size_t end = message.find('\0');
+  EXPECT_NE(std::string::npos, end) << "the message's zero byte is sealed with it";
+  EXPECT_EQ(std::string::npos, message.find_first_not_of('\0', end)) << "what follows it is zero";
+  message.resize(std::min(message.size(), end));
+  const std::string text = TextBehindDigest(message);
   exportedKey = FromBase64(FieldOf(text, "KEST-Auth-Client-Key"));
   clientRac = FieldOf(text, "KEST-Auth-Client-RAC");
   return text;
 }
 
 std::string SealedServer::OpenRequest(const ServerRequest& request) {
-  const std::string message = DecipherRc5(exportedKey, FromBase64(request.body));
-  return message.size() < 29 ? std::string() : message.substr(28, message.find('\0') - 28);
+  std::string message = DecipherRc5(exportedKey, FromBase64(request.body));
+  EXPECT_EQ(message.size() - 1, message.find('\0')) << "the message's zero byte is enciphered with it, and ends it";
+  if (!message.empty()) message.pop_back();
+  return TextBehindDigest(message);
 }
 
 std::string SealedServer::Seal(const std::string& message) { return Http(ToBase64(EncipherRc5(exportedKey, message))); }

@@ -319,6 +319,54 @@ TEST_F(SecureExchangeTest, AReplyCutAnywhereFails) {
   EXPECT_GT(size, 200u);
 }
 
+TEST_F(SecureExchangeTest, AHandshakeThatIsRedirectedLeavesTheRequestWhereItBelongs) {
+  server.answer = [](SealedServer& self, const ServerRequest& request) {
+    if (request.number == 1) {
+      return SealedServer::Http("", "HTTP/1.0 302 Found\r\nLocation: http://10.5.5.5:99/elsewhere");
+    }
+    return self.AnswerHonestly(request);
+  };
+  ASSERT_TRUE(Run());
+  ASSERT_EQ(3u, server.requests.size());
+  EXPECT_EQ("10.5.5.5", server.requests[1].host);
+  EXPECT_EQ(0u, server.requests[1].head.find("GET /elsewhere HTTP/1.0\r\n"));
+  EXPECT_EQ("shop.example", server.requests[1].Header("Host"));
+  EXPECT_EQ(server.requests[0].body, server.requests[1].body);
+  EXPECT_EQ("10.0.0.1", server.requests[2].host);
+  EXPECT_EQ(8080, server.requests[2].port);
+  EXPECT_EQ(0u, server.requests[2].head.find("GET /GetProductList HTTP/1.0\r\n"));
+}
+
+TEST_F(SecureExchangeTest, AHandshakeSentToAProxyLeavesTheRequestDirect) {
+  server.answer = [](SealedServer& self, const ServerRequest& request) {
+    if (request.number == 1) {
+      return SealedServer::Http("", "HTTP/1.0 305 Use Proxy\r\nLocation: http://10.5.5.5:3128");
+    }
+    return self.AnswerHonestly(request);
+  };
+  ASSERT_TRUE(Run());
+  EXPECT_EQ("10.5.5.5", server.requests[1].host);
+  EXPECT_EQ(0u, server.requests[1].head.find("GET http://shop.example:8080/GetProductList HTTP/1.0\r\n"));
+  EXPECT_EQ("10.0.0.1", server.requests[2].host);
+}
+
+TEST_F(SecureExchangeTest, ALengthRequiredForTheHandshakeLeavesTheRequestItsBody) {
+  server.answer = [handshake = ServerRequest()](SealedServer& self, const ServerRequest& request) mutable {
+    if (request.number == 1) {
+      handshake = request;
+      return SealedServer::Http("", "HTTP/1.0 411 Length Required");
+    }
+    // The second attempt carries no body; the server answers what the first one asked.
+    return self.AnswerHonestly(request.number == 2 ? handshake : request);
+  };
+  ASSERT_TRUE(Run());
+  ASSERT_EQ(3u, server.requests.size());
+  EXPECT_EQ("0", server.requests[1].Header("Content-Length"));
+  EXPECT_EQ("", server.requests[1].body);
+  EXPECT_EQ(std::to_string(server.requests[2].body.size()), server.requests[2].Header("Content-Length"));
+  EXPECT_FALSE(server.requests[2].body.empty());
+}
+
 TEST_F(SecureExchangeTest, AProxyIsConnectedToAndGivenTheWholeUrl) {
   SetProxy("10.1.1.1", 3128);
   ASSERT_TRUE(Run());

@@ -61,6 +61,15 @@ TEST_F(TransportRequestTest, ABareCarriageReturnInAFieldFails) {
   EXPECT_TRUE(server.requests.empty());
 }
 
+TEST_F(TransportRequestTest, AnEmptyLineInAFieldEndsTheRequestThere) {
+  FieldSet request;
+  request.Add("KEST-Service", "Service");
+  request.Add("cut", "a\r\n\r\nb: 1");
+  request.Add("behind", "lost");
+  ASSERT_NE(nullptr, Send(request));
+  EXPECT_EQ(0u, server.OpenRequest(server.requests.back()).find("KEST-Service: Service\r\ncut: a\r\nKEST-Auth-"));
+}
+
 TEST_F(TransportRequestTest, ARequestWithoutFieldsFails) {
   EXPECT_EQ(nullptr, Send(FieldSet()));
   EXPECT_TRUE(server.requests.empty());
