@@ -76,10 +76,19 @@ class Products(unittest.TestCase):
         self.assertEqual((1, ""), (code, out))
         self.assertIn("bad.key", words)
 
+    def test_an_empty_key_file_is_called_empty(self):
+        with tempfile.TemporaryDirectory() as folder:
+            path = os.path.join(folder, "empty.key")
+            open(path, "w").close()
+            code, out, words = products(key=path)
+        self.assertEqual((1, ""), (code, out))
+        self.assertIn("is empty", words)
+
     def test_a_proxy_that_is_none_is_named(self):
-        code, _, words = products(proxy="host:port")
-        self.assertEqual(1, code)
-        self.assertIn("host:port", words)
+        for proxy in ("host:port", "host:", ":80", "http://127.0.0.1:1", "host:65536"):
+            code, out, words = products(proxy=proxy)
+            self.assertEqual((1, ""), (code, out))
+            self.assertIn(proxy, words)
 
 
 class CommandLine(unittest.TestCase):

@@ -4,7 +4,6 @@
 #include <fstream>
 #include <iostream>
 #include <nlohmann/json.hpp>
-#include <sstream>
 #include <stdexcept>
 #include <utility>
 #include <vector>
@@ -26,21 +25,23 @@ struct Listing {
 
 std::string ReadKey(const std::string& path) {
   std::ifstream file(path, std::ios::binary);
-  std::ostringstream text;
-  if (!file || !(text << file.rdbuf())) {
-    throw std::runtime_error("the key file " + path + " cannot be read; kest-sandbox writes it as public.key");
-  }
-  return text.str();
+  const std::string text{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+  if (!file) throw std::runtime_error("the key file " + path + " cannot be read; kest-sandbox writes it as public.key");
+  if (text.empty()) throw std::runtime_error("the key file " + path + " is empty; kest-sandbox writes it as public.key");
+  return text;
 }
 
 std::pair<std::string, std::uint16_t> SplitProxy(const std::string& proxy) {
-  const std::size_t colon = proxy.rfind(':');
-  if (colon == std::string::npos) return {proxy, 0};
-  const std::string digits = proxy.substr(colon + 1);
+  const std::size_t colon = std::min(proxy.rfind(':'), proxy.size());
+  const std::string host = proxy.substr(0, colon);
+  const std::string digits = colon < proxy.size() ? proxy.substr(colon + 1) : "0";
   const bool isNumber = !digits.empty() && digits.size() <= 5 && digits.find_first_not_of("0123456789") == std::string::npos;
   const int port = isNumber ? std::stoi(digits) : -1;
-  if (port < 0 || port > 65535) throw std::runtime_error("--proxy wants HOST or HOST:PORT, not \"" + proxy + "\"");
-  return {proxy.substr(0, colon), static_cast<std::uint16_t>(port)};
+  const bool isHost = host.find_first_of("/:") == std::string::npos && host.empty() == proxy.empty();
+  if (!isHost || port < 0 || port > 65535) {
+    throw std::runtime_error("--proxy wants HOST or HOST:PORT, not \"" + proxy + "\"");
+  }
+  return {host, static_cast<std::uint16_t>(port)};
 }
 
 Fields FieldsOf(Library& library, KestFieldSet* set) {
