@@ -127,14 +127,15 @@ int DecodeUpdate(void* memory, const std::uint8_t* bytes, std::uint32_t inLength
     const std::uint8_t value = ValueOf(in[i]);
     if (value == skipped) continue;
     if (value == foreign) return methodBadData;
+    // The group is judged before the value is taken: a failure leaves room for the value in every later call.
+    if (context.count == 4) {
+      if (!HasNoPad(context.values)) return methodBadData;
+      if (outMax - written < 3) return methodOutputTooSmall;
+      StoreGroup(Join(context.values), out + written);
+      written += 3;
+      context.count = 0;
+    }
     context.values[context.count++] = value;
-    if (context.count != 5) continue;
-    if (!HasNoPad(context.values)) return methodBadData;
-    if (outMax - written < 3) return methodOutputTooSmall;
-    StoreGroup(Join(context.values), out + written);
-    written += 3;
-    context.values[0] = value;
-    context.count = 1;
   }
   return methodSuccess;
 }

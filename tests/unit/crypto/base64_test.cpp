@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <memory>
+
 #include "core/byte_buffer.h"
 #include "support/toolkit.h"
 
@@ -191,6 +193,60 @@ TEST(Base64Decoder, OutputThatDoesNotFitGives536) {
   }
   Bytes out;
   EXPECT_EQ(Decode({BytesOf(text)}, &out, 14), 0);
+}
+
+// A context in a block of its own, so that a sanitizer sees what is written behind it.
+struct HeapContext {
+  std::unique_ptr<Base64Context> context = std::make_unique<Base64Context>();
+
+  ResultCode Update(const Bytes& in, Bytes* out, std::uint32_t room) {
+    Bytes area(room);
+    std::uint32_t length = 99;
+    const ResultCode code = Base64DecodeUpdate(*context, area.data(), &length, room,
+                                               reinterpret_cast<const char*>(in.data()),
+                                               static_cast<std::uint32_t>(in.size()));
+    EXPECT_LE(length, room);
+    EXPECT_LE(context->count, 4U);
+    out->insert(out->end(), area.begin(), area.begin() + length);
+    return code;
+  }
+  ResultCode Final(Bytes* out) {
+    Bytes area(3);
+    std::uint32_t length = 99;
+    const ResultCode code = Base64DecodeFinal(*context, area.data(), &length, 3);
+    EXPECT_LE(length, 3U);
+    out->insert(out->end(), area.begin(), area.begin() + length);
+    return code;
+  }
+};
+
+TEST(Base64Decoder, UpdateAfter536GoesOnWithTheCharacterThatFailed) {
+  const Bytes plain = BytesOf("foobarbazqux!");
+  const Bytes rest = BytesOf(Encode({plain}).substr(4));
+  ForEachSplit(rest, [&](const Pieces& pieces) {
+    HeapContext decoder;
+    Bytes out;
+    ASSERT_EQ(decoder.Update(BytesOf("Zm9v"), &out, 0), 0);
+    for (const std::uint32_t room : {0, 2, 1}) EXPECT_EQ(decoder.Update(rest, &out, room), 536) << room;
+    EXPECT_TRUE(out.empty());
+    for (const Bytes& piece : pieces) ASSERT_EQ(decoder.Update(piece, &out, 64), 0);
+    ASSERT_EQ(decoder.Final(&out), 0);
+    EXPECT_EQ(out, plain);
+  });
+}
+
+TEST(Base64Decoder, UpdatesAfter524ForAPadKeepFailing) {
+  const Bytes rest = BytesOf("QUJDQUJDQUJDQUJD");
+  for (const char* group : {"QQ==", "QUI=", "QQ=Q", "Q=QQ", "=QQQ"}) {
+    ForEachSplit(rest, [&](const Pieces& pieces) {
+      HeapContext decoder;
+      Bytes out;
+      ASSERT_EQ(decoder.Update(BytesOf(group), &out, 64), 0);
+      EXPECT_EQ(decoder.Update(BytesOf("Q"), &out, 64), 524) << group;
+      for (const Bytes& piece : pieces) EXPECT_EQ(decoder.Update(piece, &out, 64), piece.empty() ? 0 : 524) << group;
+      EXPECT_TRUE(out.empty()) << group;
+    });
+  }
 }
 
 TEST(Base64Decoder, LastCompleteGroupWaitsForTheFinalCall) {
