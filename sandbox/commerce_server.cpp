@@ -39,6 +39,10 @@ void CheckHandshakeFields(const FieldList& fields) {
   if (!challenge || challenge->size() != challengeLength) throw Refused(Refusal::ClientChallengeForm);
 }
 
+void CheckHandshakePath(std::string_view path) {
+  if (path.size() < 2 || path.find('?') != std::string_view::npos) throw Refused(Refusal::HandshakePath);
+}
+
 SessionKey ReadClientKey(const FieldList& fields) {
   const std::optional<std::string> exported = DecodeBase64(FieldOrEmpty(fields, "KEST-Auth-Client-Key"));
   if (!exported) throw Refused(Refusal::ClientKey);
@@ -69,10 +73,11 @@ SealedReply CommerceServer::Answer(const RequestHead& head, const std::string& b
 }
 
 SealedReply CommerceServer::AnswerHandshake(const RequestHead& head, const std::string& body) {
+  CheckHandshakePath(head.path);
   const FieldList fields = OpenHandshake(body, keyPair);
   CheckHandshakeFields(fields);
   Session session{sessionCount + 1, ReadClientKey(fields), std::string(FieldOrEmpty(fields, "KEST-Auth-Client-RAC")),
-                  EncodeBase64(environment.randomBytes(challengeLength))};
+                  EncodeBase64(environment.randomBytes(challengeLength)), head.path};
   const std::string connectionId = HexText(environment.randomBytes(connectionIdLength));
   FieldList replyFields = ReplyFields(session);
   replyFields.insert(replyFields.begin(), {"KEST-Auth-CID", connectionId});
@@ -91,6 +96,7 @@ SealedReply CommerceServer::AnswerRequest(const RequestHead& head, const std::st
   CheckVersion(fields);
   if (FieldOrEmpty(fields, "KEST-Auth-Client-RAC") != session.clientChallenge) throw Refused(Refusal::ClientChallenge);
   if (FieldOrEmpty(fields, "KEST-Auth-Server-RAC") != session.serverChallenge) throw Refused(Refusal::ServerChallenge);
+  if (head.path != session.path) throw Refused(Refusal::SessionPath);
   const std::string_view service = FieldOrEmpty(fields, "KEST-Service");
   if (std::string_view(head.path).substr(1) != service) throw Refused(Refusal::Service);
 

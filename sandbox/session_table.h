@@ -19,6 +19,7 @@ struct Session {
   SessionKey key;
   std::string clientChallenge;
   std::string serverChallenge;
+  std::string path;  // of the handshake; the request has the same
 };
 
 class SessionTable {

@@ -183,13 +183,13 @@ TEST_F(Serving, LogHoldsNoSecret) {
   const nlohmann::json ready = Ready(serve);
   TestClient client(ready["port"], ready["key"]);
   ASSERT_TRUE(client.Handshake(card));
-  const HttpReply reply = client.Request("GetProductList", {{"GUID", card}, {"VERSIONID", card}, {"CardNumber", card}});
-  EXPECT_EQ(reply.status, 200);
+  EXPECT_EQ(client.Request(card, {{"GUID", card}}).status, 200);
   EXPECT_EQ(client.Request("GetProductList", {{card, card}}).status, 409);
   const TestClient before = client;
   client.NewSession();
   ASSERT_TRUE(client.Handshake());
-  EXPECT_EQ(client.Request(card).status, 200);
+  const HttpReply reply = client.Request("GetProductList", {{"GUID", card}, {"VERSIONID", card}, {"CardNumber", card}});
+  EXPECT_EQ(reply.status, 200);
   EXPECT_EQ(client.Send("GET /" + card + " HTTP/1.0\r\n" + card + ": " + card + "\r\n\r\n").status, 411);
   serve.Signal(SIGTERM);
   ASSERT_EQ(serve.Wait(), 0);

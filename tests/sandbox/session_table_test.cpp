@@ -15,7 +15,7 @@ using sandbox::SessionTable;
 class Sessions : public ::testing::Test {
  protected:
   Session Make(std::uint64_t number) {
-    return {number, sandbox::SessionKey(std::string(136, 'k')), "client", "server"};
+    return {number, sandbox::SessionKey(std::string(136, 'k')), "client", "server", "/path"};
   }
 
   std::optional<Refusal> Take(const std::string& id) {
