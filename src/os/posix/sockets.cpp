@@ -6,41 +6,12 @@
 #include <sys/socket.h>
 
 #include <cerrno>
-#include <cstdlib>
 #include <cstring>
+
+#include "os/posix/host_entries.h"
 
 namespace os::posix {
 namespace {
-
-// The calling thread's last look-up: one block that holds the entry, its pointers and its addresses.
-class ThreadHostEntry {
- public:
-  ThreadHostEntry() = default;
-  ThreadHostEntry(const ThreadHostEntry&) = delete;
-  ThreadHostEntry& operator=(const ThreadHostEntry&) = delete;
-  ~ThreadHostEntry() { std::free(block); }
-
-  // Null when there is no memory for `count` addresses.
-  HostEntry* Renew(std::size_t count) {
-    std::free(block);
-    block = std::malloc(sizeof(HostEntry) + (count + 1) * sizeof(char*) + count * sizeof(std::uint32_t));
-    if (block == nullptr) return nullptr;
-    auto* entry = static_cast<HostEntry*>(block);
-    *entry = HostEntry{};
-    entry->addressType = addressFamilyInet;
-    entry->length = sizeof(std::uint32_t);
-    entry->addresses = reinterpret_cast<char**>(entry + 1);
-    auto* storage = reinterpret_cast<char*>(entry->addresses + count + 1);
-    for (std::size_t i = 0; i < count; ++i) entry->addresses[i] = storage + i * sizeof(std::uint32_t);
-    entry->addresses[count] = nullptr;
-    return entry;
-  }
-
- private:
-  void* block = nullptr;
-};
-
-thread_local ThreadHostEntry lastLookUp;
 
 int Finish(int descriptor) {
   pollfd waiting{descriptor, POLLOUT, 0};
@@ -100,7 +71,7 @@ const HostEntry* LookUp(const char* name) {
   if (getaddrinfo(name, nullptr, &hints, &found) != 0) return nullptr;
   std::size_t count = 0;
   for (const addrinfo* info = found; info != nullptr; info = info->ai_next) ++count;
-  HostEntry* entry = lastLookUp.Renew(count);
+  HostEntry* entry = RenewHostEntry(count);
   std::size_t i = 0;
   for (const addrinfo* info = found; info != nullptr && entry != nullptr; info = info->ai_next, ++i) {
     const auto* address = reinterpret_cast<const sockaddr_in*>(info->ai_addr);

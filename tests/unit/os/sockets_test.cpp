@@ -1,0 +1,215 @@
+// What the POSIX sockets do where Windows' differ: over loopback, with a listener of the test's own.
+#include "os/posix/sockets.h"
+
+#include <arpa/inet.h>
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <netdb.h>
+#include <netinet/in.h>
+#include <poll.h>
+#include <pthread.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <csignal>
+#include <cstring>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace os::posix {
+namespace {
+
+// A socket of the seam, connected to a plain one.
+class Connected : public ::testing::Test {
+ protected:
+  Connected() {
+    const int listener = ::socket(AF_INET, SOCK_STREAM, 0);
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    socklen_t length = sizeof address;
+    EXPECT_EQ(0, bind(listener, reinterpret_cast<sockaddr*>(&address), length));
+    EXPECT_EQ(0, listen(listener, 1));
+    EXPECT_EQ(0, getsockname(listener, reinterpret_cast<sockaddr*>(&address), &length));
+    own = OpenSocket(addressFamilyInet, socketTypeStream, 0);
+    const SocketAddress target{addressFamilyInet, address.sin_port, address.sin_addr.s_addr, {}};
+    EXPECT_EQ(0, Connect(own, &target, sizeof target));
+    peer = accept(listener, nullptr, nullptr);
+    close(listener);
+  }
+  ~Connected() override {
+    close(static_cast<int>(own));
+    ClosePeer();
+  }
+  void ClosePeer() {
+    if (peer >= 0) close(peer);
+    peer = -1;
+  }
+
+  Socket own = invalidSocket;
+  int peer = -1;
+};
+
+TEST_F(Connected, BytesGoBothWaysAndTheEndIsZero) {
+  char bytes[8] = {};
+  ASSERT_EQ(5, Send(own, "hello", 5, 0));
+  ASSERT_EQ(5, ::recv(peer, bytes, 5, MSG_WAITALL));
+  EXPECT_STREQ("hello", bytes);
+  ASSERT_EQ(3, ::send(peer, "abc", 3, 0));
+  EXPECT_EQ(3, Receive(own, bytes, sizeof bytes, 0));
+  ClosePeer();
+  EXPECT_EQ(0, Receive(own, bytes, sizeof bytes, 0));
+}
+
+TEST_F(Connected, SendingToAPeerThatIsGoneFailsWithoutASignal) {
+  std::signal(SIGPIPE, SIG_DFL);  // which would end this process
+  const linger reset{1, 0};
+  setsockopt(peer, SOL_SOCKET, SO_LINGER, &reset, sizeof reset);
+  ClosePeer();
+  int result = 0;
+  for (int i = 0; i < 100 && result >= 0; ++i) result = Send(own, "bytes", 5, 0);
+  EXPECT_EQ(-1, result);
+  EXPECT_EQ(-1, Send(own, "bytes", 5, 0));
+}
+
+TEST_F(Connected, LingerReachesTheKernelAsGiven) {
+  for (const Linger wanted : {Linger{1, 7}, Linger{0, 0}}) {
+    ASSERT_EQ(0, SetOption(own, socketLevel, optionLinger, &wanted, sizeof wanted));
+    linger set{};
+    socklen_t length = sizeof set;
+    ASSERT_EQ(0, getsockopt(static_cast<int>(own), SOL_SOCKET, SO_LINGER, &set, &length));
+    EXPECT_EQ(wanted.on, set.l_onoff);
+    // Switched off, the kernel keeps the seconds that it had.
+    if (wanted.on != 0) {
+      EXPECT_EQ(wanted.seconds, set.l_linger);
+    }
+  }
+}
+
+TEST_F(Connected, OptionsThatNobodySetsAreRefused) {
+  const Linger value{1, 7};
+  EXPECT_EQ(-1, SetOption(own, socketLevel, optionLinger + 1, &value, sizeof value));
+  EXPECT_EQ(-1, SetOption(own, socketLevel + 1, optionLinger, &value, sizeof value));
+  EXPECT_EQ(-1, SetOption(own, socketLevel, optionLinger, &value, sizeof value - 1));
+}
+
+TEST_F(Connected, ProgramsThatAreStartedDoNotInheritIt) {
+  EXPECT_NE(0, fcntl(static_cast<int>(own), F_GETFD) & FD_CLOEXEC);
+}
+
+std::atomic<int> interruptions{0};
+void CountInterruption(int) { ++interruptions; }
+
+// Signals the thread until it has been interrupted `times` times, then lets it go on.
+void Interrupt(pthread_t thread, int times) {
+  while (interruptions < times) {
+    pthread_kill(thread, SIGUSR1);
+    poll(nullptr, 0, 1);
+  }
+}
+
+class Interrupted : public Connected {
+ protected:
+  Interrupted() {
+    struct sigaction action {};
+    action.sa_handler = CountInterruption;  // and no SA_RESTART: the calls end with EINTR
+    sigaction(SIGUSR1, &action, &before);
+    interruptions = 0;
+  }
+  ~Interrupted() override { sigaction(SIGUSR1, &before, nullptr); }
+
+  struct sigaction before {};
+};
+
+TEST_F(Interrupted, AReceiveGoesOn) {
+  const pthread_t receiver = pthread_self();
+  std::thread peerThread([&] {
+    Interrupt(receiver, 20);
+    EXPECT_EQ(1, ::send(peer, "x", 1, 0));
+  });
+  char byte = 0;
+  EXPECT_EQ(1, Receive(own, &byte, 1, 0));
+  peerThread.join();
+  EXPECT_EQ('x', byte);
+  EXPECT_GE(interruptions, 20);
+}
+
+TEST_F(Interrupted, ASendGoesOn) {
+  // More than the buffers between the two hold, so that it waits until the peer reads.
+  const std::vector<char> bytes(64u << 20);
+  const pthread_t sender = pthread_self();
+  std::thread peerThread([&] {
+    Interrupt(sender, 20);
+    std::vector<char> taken(1u << 20);
+    for (std::size_t left = bytes.size(); left > 0;) {
+      const ssize_t got = ::recv(peer, taken.data(), taken.size(), 0);
+      if (got <= 0) break;
+      left -= static_cast<std::size_t>(got);
+    }
+  });
+  for (std::size_t sent = 0; sent < bytes.size();) {
+    const int count = Send(own, bytes.data() + sent, static_cast<int>(bytes.size() - sent), 0);
+    EXPECT_GT(count, 0);
+    if (count <= 0) break;
+    sent += static_cast<std::size_t>(count);
+  }
+  shutdown(static_cast<int>(own), SHUT_WR);
+  peerThread.join();
+  EXPECT_GE(interruptions, 20);
+}
+
+std::vector<std::uint32_t> AddressesOf(const HostEntry* entry) {
+  std::vector<std::uint32_t> addresses;
+  for (char** next = entry->addresses; *next != nullptr; ++next) {
+    std::uint32_t address;
+    std::memcpy(&address, *next, sizeof address);
+    addresses.push_back(address);
+  }
+  return addresses;
+}
+
+TEST(LookUp, AddressesComeInTheResolversOrder) {
+  addrinfo hints{};
+  hints.ai_family = AF_INET;
+  hints.ai_socktype = SOCK_STREAM;
+  addrinfo* found = nullptr;
+  ASSERT_EQ(0, getaddrinfo("localhost", nullptr, &hints, &found));
+  std::vector<std::uint32_t> expected;
+  for (const addrinfo* info = found; info != nullptr; info = info->ai_next) {
+    expected.push_back(reinterpret_cast<const sockaddr_in*>(info->ai_addr)->sin_addr.s_addr);
+  }
+  freeaddrinfo(found);
+  EXPECT_EQ(expected, AddressesOf(LookUp("localhost")));
+}
+
+TEST(LookUp, AnotherThreadsLookUpLeavesThisOnesEntryAlone) {
+  const HostEntry* own = LookUp("127.0.0.1");
+  ASSERT_NE(nullptr, own);
+  std::thread([] {
+    const HostEntry* other = LookUp("127.0.0.2");
+    ASSERT_NE(nullptr, other);
+    EXPECT_EQ(std::vector<std::uint32_t>{htonl(0x7F000002)}, AddressesOf(other));
+  }).join();
+  EXPECT_EQ(std::vector<std::uint32_t>{htonl(0x7F000001)}, AddressesOf(own));
+}
+
+TEST(LookUp, ManyThreadsLookUpAtOnce) {
+  std::atomic<int> good{0};
+  std::vector<std::thread> threads;
+  for (std::uint32_t t = 1; t <= 8; ++t) {
+    threads.emplace_back([t, &good] {
+      const std::string name = "127.0.0." + std::to_string(t);
+      for (int i = 0; i < 50; ++i) {
+        const HostEntry* entry = LookUp(name.c_str());
+        good += entry != nullptr && AddressesOf(entry) == std::vector<std::uint32_t>{htonl(0x7F000000 + t)} ? 1 : 0;
+      }
+    });
+  }
+  for (std::thread& thread : threads) thread.join();
+  EXPECT_EQ(400, good);
+}
+
+}  // namespace
+}  // namespace os::posix
