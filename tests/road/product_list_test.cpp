@@ -127,18 +127,5 @@ TEST_F(ProductListRoad, ThreadsWithListsOfTheirOwnFetchSideBySide) {
   EXPECT_EQ(20, good);
 }
 
-TEST(LibraryRoad, LoadingUnloadingAndLoadingAgainWorks) {
-  for (int i = 0; i < 3; ++i) {
-    kest_host::Library library(Environment("KESTAPI_LIBRARY"));
-    const auto port = static_cast<std::uint32_t>(std::stoul(Environment("KEST_PORT")));
-    ASSERT_EQ(1, library.KestSetServer(Environment("KEST_SERVER").c_str(), port,
-                                       ReadFile(Environment("KEST_KEY_FILE")).c_str()));
-    library.KestSetApplicationGuid(guid);
-    KestProductList* list = library.KestCreateProductList();
-    EXPECT_EQ(1, library.KestGetProductList(list, "2.1"));
-    library.KestDestroyProductList(list);
-  }
-}
-
 }  // namespace
 }  // namespace kest_road

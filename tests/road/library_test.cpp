@@ -1,0 +1,39 @@
+// A host that loads the library, lets it go and loads it again. In a program of its own: nothing else here may keep the
+// library in the process.
+#include "road/loaded.h"
+#include "road/road_test.h"
+
+namespace kest_road {
+namespace {
+
+// Fetches a list from a server that is looked up by name, and lets the library go.
+void LoadFetchAndUnload() {
+  kest_host::Library library(Environment("KESTAPI_LIBRARY"));
+  EXPECT_TRUE(IsLoaded(Environment("KESTAPI_LIBRARY")));
+  const auto port = static_cast<std::uint32_t>(std::stoul(Environment("KEST_PORT")));
+  ASSERT_EQ(1, library.KestSetServer("localhost", port, ReadFile(Environment("KEST_KEY_FILE")).c_str()));
+  library.KestSetApplicationGuid("8E0F7A12-BFB3-4FE8-B9A5-48FD50A15A9A");
+  KestProductList* list = library.KestCreateProductList();
+  EXPECT_EQ(1, library.KestGetProductList(list, "2.1"));
+  library.KestDestroyProductList(list);
+}
+
+TEST(LibraryRoad, LoadingUnloadingAndLoadingAgainWorks) {
+  for (int i = 0; i < 3; ++i) {
+    EXPECT_FALSE(IsLoaded(Environment("KESTAPI_LIBRARY"))) << i;
+    LoadFetchAndUnload();
+  }
+  EXPECT_FALSE(IsLoaded(Environment("KESTAPI_LIBRARY")));
+}
+
+TEST(LibraryRoad, ALibraryLoadedAgainKnowsNothingOfBefore) {
+  LoadFetchAndUnload();
+  kest_host::Library library(Environment("KESTAPI_LIBRARY"));
+  KestProductList* list = library.KestCreateProductList();
+  EXPECT_EQ(0, library.KestGetProductList(list, "2.1"));
+  EXPECT_EQ(KEST_ERROR_EXCHANGE, library.KestGetErrorCode(KEST_FIELDS(list)));
+  library.KestDestroyProductList(list);
+}
+
+}  // namespace
+}  // namespace kest_road
