@@ -28,6 +28,13 @@ ResultCode Check(const AlgorithmObject* object, Direction direction) {
   return object->method->direction == direction ? resultSuccess : resultOperationInvalid;
 }
 
+// Answers what a method's update or final gave. A failure ends the message, so that nothing can go on behind data that
+// were refused; a lack of room is the caller's and ends nothing.
+ResultCode Judge(AlgorithmObject& object, int result) {
+  if (result != methodSuccess && result != methodOutputTooSmall) DropContext(object);
+  return ToResultCode(result);
+}
+
 }  // namespace
 
 ResultCode CreateAlgorithm(AlgorithmObject** object) {
@@ -89,7 +96,7 @@ ResultCode UpdateAlgorithm(AlgorithmObject* object, Direction direction, const s
   *outLength = 0;
   const ResultCode code = Check(object, direction);
   if (code != resultSuccess) return code;
-  return ToResultCode(object->method->operations->update(object->context, in, inLength, out, outMax, outLength));
+  return Judge(*object, object->method->operations->update(object->context, in, inLength, out, outMax, outLength));
 }
 
 ResultCode FinishAlgorithm(AlgorithmObject* object, Direction direction, std::uint8_t* out, std::uint32_t outMax,
@@ -99,7 +106,7 @@ ResultCode FinishAlgorithm(AlgorithmObject* object, Direction direction, std::ui
   if (code != resultSuccess) return code;
   // The random method has no end.
   if (object->method->operations->final == nullptr) return resultOperationInvalid;
-  return ToResultCode(object->method->operations->final(object->context, out, outMax, outLength));
+  return Judge(*object, object->method->operations->final(object->context, out, outMax, outLength));
 }
 
 }  // namespace kest

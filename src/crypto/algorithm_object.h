@@ -43,7 +43,8 @@ ResultCode InitialiseAlgorithm(AlgorithmObject* object, Direction direction, con
 
 // Feeds `inLength` bytes and takes up to `outMax` bytes of output, which must not overlap the input; `*outLength` is
 // what was written. 514 before initialisation, 517 for the other direction, or what the method answers. After a failure
-// of the method the message is lost.
+// of the method other than 536 the message is lost and its context wiped: every call answers 514 until the next
+// initialisation. After 536 the object stays initialised, and what the call took is the method's to say.
 ResultCode UpdateAlgorithm(AlgorithmObject* object, Direction direction, const std::uint8_t* in, std::uint32_t inLength,
                            std::uint8_t* out, std::uint32_t outMax, std::uint32_t* outLength);
 

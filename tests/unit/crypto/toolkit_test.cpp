@@ -210,6 +210,42 @@ TEST(AlgorithmObject, FailedInitialisationLeavesItUninitialised) {
   EXPECT_EQ(Update(algorithm, Direction::encipher), 514);
 }
 
+TEST(AlgorithmObject, FailureOfTheMethodEndsTheMessage) {
+  Algorithm decoder(base64Descriptor);
+  std::uint8_t out[16];
+  std::uint32_t length;
+  const auto update = [&](const char* text) {
+    const Bytes in = testing::BytesOf(text);
+    return UpdateAlgorithm(decoder, Direction::decipher, in.data(), static_cast<std::uint32_t>(in.size()), out,
+                           sizeof out, &length);
+  };
+  ASSERT_EQ(decoder.Initialise(Direction::decipher), 0);
+  EXPECT_EQ(update("QU*"), 524);
+  EXPECT_EQ(update("JD"), 514);
+  EXPECT_EQ(Final(decoder, Direction::decipher), 514);
+  ASSERT_EQ(decoder.Initialise(Direction::decipher), 0);
+  ASSERT_EQ(update("QUJ"), 0);
+  EXPECT_EQ(Final(decoder, Direction::decipher), 525);
+  EXPECT_EQ(update("D"), 514);
+  EXPECT_EQ(Final(decoder, Direction::decipher), 514);
+  ASSERT_EQ(decoder.Initialise(Direction::decipher), 0);
+  ASSERT_EQ(update("QUJD"), 0);
+  EXPECT_EQ(Final(decoder, Direction::decipher), 0);
+}
+
+TEST(AlgorithmObject, LackOfRoomKeepsTheMessage) {
+  Algorithm decoder(base64Descriptor);
+  std::uint8_t out[3];
+  std::uint32_t length;
+  const Bytes in = testing::BytesOf("QUJD");
+  ASSERT_EQ(decoder.Initialise(Direction::decipher), 0);
+  ASSERT_EQ(UpdateAlgorithm(decoder, Direction::decipher, in.data(), 4, out, 0, &length), 0);
+  EXPECT_EQ(UpdateAlgorithm(decoder, Direction::decipher, in.data(), 4, out, 2, &length), 536);
+  EXPECT_EQ(FinishAlgorithm(decoder, Direction::decipher, out, 2, &length), 536);
+  EXPECT_EQ(FinishAlgorithm(decoder, Direction::decipher, out, 3, &length), 0);
+  EXPECT_EQ(Bytes(out, out + length), testing::BytesOf("ABC"));
+}
+
 TEST(Chooser, NothingThatFitsGives545) {
   const Key shortKey(byteStringKeyDescriptor, Bytes(255, 7));
   const Key longKey(byteStringKeyDescriptor, Bytes(256, 7));
