@@ -3,6 +3,8 @@
 #include <cryptopp/base64.h>
 #include <cryptopp/filters.h>
 
+#include "wipe.h"
+
 namespace sandbox {
 namespace {
 
@@ -27,8 +29,11 @@ std::optional<std::string> DecodeBase64(std::string_view text) {
   CryptoPP::StringSource source(Bytes(text), text.size(), true,
                                 new CryptoPP::Base64Decoder(new CryptoPP::StringSink(bytes)));
   // The decoder skips what is not in its alphabet and forgives padding; encoding again shows whether it had to.
-  if (EncodeBase64(bytes) != text) return std::nullopt;
-  return bytes;
+  std::string again = EncodeBase64(bytes);
+  const WipedAtEnd againWiped(again);
+  if (again == text) return bytes;
+  Wipe(bytes);
+  return std::nullopt;
 }
 
 }  // namespace sandbox

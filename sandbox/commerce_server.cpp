@@ -5,6 +5,7 @@
 #include "base64.h"
 #include "log_text.h"
 #include "refusal.h"
+#include "wipe.h"
 
 namespace sandbox {
 namespace {
@@ -35,8 +36,10 @@ void CheckHandshakeFields(const FieldList& fields) {
                                   [](const Field& field, std::string_view name) { return field.name == name; });
   if (!inOrder || !FieldOrEmpty(fields, "KEST-Auth-Server-RAC").empty()) throw Refused(Refusal::HandshakeFields);
   CheckVersion(fields);
-  const std::optional<std::string> challenge = DecodeBase64(FieldOrEmpty(fields, "KEST-Auth-Client-RAC"));
-  if (!challenge || challenge->size() != challengeLength) throw Refused(Refusal::ClientChallengeForm);
+  std::optional<std::string> challenge = DecodeBase64(FieldOrEmpty(fields, "KEST-Auth-Client-RAC"));
+  if (!challenge) throw Refused(Refusal::ClientChallengeForm);
+  const WipedAtEnd challengeWiped(*challenge);
+  if (challenge->size() != challengeLength) throw Refused(Refusal::ClientChallengeForm);
 }
 
 void CheckHandshakePath(std::string_view path) {
@@ -44,15 +47,17 @@ void CheckHandshakePath(std::string_view path) {
 }
 
 SessionKey ReadClientKey(const FieldList& fields) {
-  const std::optional<std::string> exported = DecodeBase64(FieldOrEmpty(fields, "KEST-Auth-Client-Key"));
+  std::optional<std::string> exported = DecodeBase64(FieldOrEmpty(fields, "KEST-Auth-Client-Key"));
   if (!exported) throw Refused(Refusal::ClientKey);
+  const WipedAtEnd exportedWiped(*exported);
   return SessionKey(*exported);
 }
 
-FieldList ReplyFields(const Session& session) {
-  return {{"KEST-Auth-Client-RAC", session.clientChallenge},
-          {"KEST-Auth-Server-RAC", session.serverChallenge},
-          {"KEST-Protocol-Version", protocolVersion}};
+// A braced list would copy its fields, and leave the first copy of the challenges behind.
+void AddReplyFields(FieldList& fields, const Session& session) {
+  fields.push_back({"KEST-Auth-Client-RAC", session.clientChallenge});
+  fields.push_back({"KEST-Auth-Server-RAC", session.serverChallenge});
+  fields.push_back({"KEST-Protocol-Version", protocolVersion});
 }
 
 std::string InSession(const Session& session) {
@@ -74,13 +79,20 @@ SealedReply CommerceServer::Answer(const RequestHead& head, const std::string& b
 
 SealedReply CommerceServer::AnswerHandshake(const RequestHead& head, const std::string& body) {
   CheckHandshakePath(head.path);
-  const FieldList fields = OpenHandshake(body, keyPair);
+  FieldList fields = OpenHandshake(body, keyPair);
+  const WipedAtEnd fieldsWiped(fields);
   CheckHandshakeFields(fields);
-  Session session{sessionCount + 1, ReadClientKey(fields), std::string(FieldOrEmpty(fields, "KEST-Auth-Client-RAC")),
-                  EncodeBase64(environment.randomBytes(challengeLength)), head.path};
+  std::string random = environment.randomBytes(challengeLength);
+  const WipedAtEnd randomWiped(random);
+  std::string challenge = EncodeBase64(random);
+  const WipedAtEnd challengeWiped(challenge);
+  Session session(sessionCount + 1, ReadClientKey(fields), FieldOrEmpty(fields, "KEST-Auth-Client-RAC"), challenge,
+                  head.path);
   const std::string connectionId = HexText(environment.randomBytes(connectionIdLength));
-  FieldList replyFields = ReplyFields(session);
-  replyFields.insert(replyFields.begin(), {"KEST-Auth-CID", connectionId});
+  FieldList replyFields;
+  const WipedAtEnd replyWiped(replyFields);
+  replyFields.push_back({"KEST-Auth-CID", connectionId});
+  AddReplyFields(replyFields, session);
 
   SealedReply reply;
   reply.body = SealReply(replyFields, session.key);
@@ -92,7 +104,8 @@ SealedReply CommerceServer::AnswerHandshake(const RequestHead& head, const std::
 
 SealedReply CommerceServer::AnswerRequest(const RequestHead& head, const std::string& body) {
   const Session session = sessions.Take(head.connectionId);
-  const FieldList fields = OpenRequest(body, session.key);
+  FieldList fields = OpenRequest(body, session.key);
+  const WipedAtEnd fieldsWiped(fields);
   CheckVersion(fields);
   if (FieldOrEmpty(fields, "KEST-Auth-Client-RAC") != session.clientChallenge) throw Refused(Refusal::ClientChallenge);
   if (FieldOrEmpty(fields, "KEST-Auth-Server-RAC") != session.serverChallenge) throw Refused(Refusal::ServerChallenge);
@@ -101,7 +114,9 @@ SealedReply CommerceServer::AnswerRequest(const RequestHead& head, const std::st
   if (std::string_view(head.path).substr(1) != service) throw Refused(Refusal::Service);
 
   const OperationResult result = operations.Run(service, fields);
-  FieldList replyFields = ReplyFields(session);
+  FieldList replyFields;
+  const WipedAtEnd replyWiped(replyFields);
+  AddReplyFields(replyFields, session);
   replyFields.insert(replyFields.end(), result.fields.begin(), result.fields.end());
 
   SealedReply reply;

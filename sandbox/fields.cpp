@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "wipe.h"
+
 namespace sandbox {
 namespace {
 
@@ -48,6 +50,7 @@ std::string FormatHeaderBlock(const FieldList& fields) {
 
 std::optional<FieldList> ParseHeaderBlock(std::string_view text) {
   FieldList fields;
+  const WipedAtEnd whatIsLeftWiped(fields);
   for (;;) {
     const std::size_t end = text.find("\r\n");
     if (end == std::string_view::npos) return std::nullopt;

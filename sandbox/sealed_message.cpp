@@ -9,6 +9,7 @@
 
 #include "base64.h"
 #include "refusal.h"
+#include "wipe.h"
 
 namespace sandbox {
 namespace {
@@ -34,7 +35,8 @@ std::string DigestOfText(const std::string& text) {
 FieldList OpenText(std::string_view message) {
   if (message.size() < digestLength) throw Refused(Refusal::MessageShort);
   const std::string_view digest = message.substr(0, digestLength);
-  const std::string text(message.substr(digestLength));
+  std::string text(message.substr(digestLength));
+  const WipedAtEnd textWiped(text);
   if (digest != DigestOfText(text)) {
     throw Refused(digest == Digest(text) ? Refusal::DigestWithoutZero : Refusal::Digest);
   }
@@ -86,9 +88,13 @@ FieldList OpenHandshake(std::string_view body, const KeyPair& keyPair) {
   if (sealed.empty() || sealed.size() % length != 0) throw Refused(Refusal::RsaLength);
   if (sealed.size() > longestHandshake) throw Refused(Refusal::RsaTooLong);
   std::string message;
+  const WipedAtEnd messageWiped(message);
+  message.reserve(sealed.size());
   for (std::size_t at = 0; at < sealed.size(); at += length) {
-    const std::optional<std::string> block = keyPair.Decipher(std::string_view(sealed).substr(at, length));
-    if (!block || block->front() != '\0') throw Refused(Refusal::RsaBlock);
+    std::optional<std::string> block = keyPair.Decipher(std::string_view(sealed).substr(at, length));
+    if (!block) throw Refused(Refusal::RsaBlock);
+    const WipedAtEnd blockWiped(*block);
+    if (block->front() != '\0') throw Refused(Refusal::RsaBlock);
     message.append(*block, 1);
   }
   // What follows the zero byte is not the client's message. It is less than a block: a client sends no block in vain.
@@ -99,6 +105,7 @@ FieldList OpenHandshake(std::string_view body, const KeyPair& keyPair) {
 
 FieldList OpenRequest(std::string_view body, const SessionKey& key) {
   std::string bytes = DecodeBody(body);
+  const WipedAtEnd bytesWiped(bytes);
   if (bytes.empty() || bytes.size() % blockLength != 0) throw Refused(Refusal::CipherLength);
   RunCipher<CryptoPP::CBC_Mode<CryptoPP::RC5>::Decryption>(bytes, key);
   RemovePadding(bytes);
@@ -107,9 +114,12 @@ FieldList OpenRequest(std::string_view body, const SessionKey& key) {
 }
 
 std::string SealReply(const FieldList& fields, const SessionKey& key) {
-  const std::string text = FormatHeaderBlock(fields);
-  std::string bytes = DigestOfText(text) + text;
-  bytes.push_back('\0');
+  std::string text = FormatHeaderBlock(fields);
+  const WipedAtEnd textWiped(text);
+  std::string bytes;
+  const WipedAtEnd bytesWiped(bytes);
+  bytes.reserve(digestLength + text.size() + 1 + blockLength);
+  bytes.append(DigestOfText(text)).append(text).push_back('\0');
   const std::size_t padding = blockLength - bytes.size() % blockLength;
   bytes.append(padding, static_cast<char>(padding));
   RunCipher<CryptoPP::CBC_Mode<CryptoPP::RC5>::Encryption>(bytes, key);

@@ -12,6 +12,7 @@
 #include "files.h"
 #include "http_server.h"
 #include "key_pair.h"
+#include "wipe.h"
 
 namespace sandbox {
 namespace {
@@ -22,7 +23,8 @@ KeyPair LoadKeyPair(const std::filesystem::path& folder) {
     throw std::runtime_error(folder.string() + " holds no " + privateKeyFile + ". Make a sandbox folder with \"" +
                              "kest-sandbox init " + folder.string() + "\".");
   }
-  const std::string text = ReadFile(file);
+  std::string text = ReadFile(file);
+  const WipedAtEnd textWiped(text);
   try {
     return KeyPair::FromPrivateText(text);
   } catch (const std::runtime_error& error) {

@@ -11,15 +11,31 @@
 
 #include "environment.h"
 #include "sealed_message.h"
+#include "wipe.h"
 
 namespace sandbox {
 
+/// Holds what a handshake has settled; wipes key and challenges when destroyed.
 struct Session {
   std::uint64_t number;  // counts the sessions from 1; names one in the log, where its id would tell too much
   SessionKey key;
   std::string clientChallenge;
   std::string serverChallenge;
   std::string path;  // of the handshake; the request has the same
+
+  Session(std::uint64_t sessionNumber, const SessionKey& sessionKey, std::string_view client, std::string_view server,
+          std::string_view handshakePath)
+      : number(sessionNumber),
+        key(sessionKey),
+        clientChallenge(client),
+        serverChallenge(server),
+        path(handshakePath) {}
+  Session(Session&&) = default;
+  Session& operator=(Session&&) = default;
+  ~Session() {
+    Wipe(clientChallenge);
+    Wipe(serverChallenge);
+  }
 };
 
 class SessionTable {

@@ -9,7 +9,9 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <cstdio>
 #include <filesystem>
+#include <fstream>
 #include <stdexcept>
 
 namespace sandboxtest {
@@ -82,6 +84,27 @@ bool Process::WaitForLog(const std::string& text) {
     if (!ReadMore(logFile, log)) return false;
   }
   return true;
+}
+
+bool Process::HoldsInMemory(const std::string& text) const {
+  constexpr std::size_t most = std::size_t{1} << 30;  // beyond it lies the shadow memory of a sanitizer
+  const std::string folder = "/proc/" + std::to_string(id);
+  std::ifstream maps(folder + "/maps");
+  const int memory = ::open((folder + "/mem").c_str(), O_RDONLY | O_CLOEXEC);
+  if (memory < 0) throw std::runtime_error("cannot read the memory of the process");
+  bool found = false;
+  for (std::string line; !found && std::getline(maps, line);) {
+    unsigned long begin = 0, end = 0;
+    char access[5] = "";
+    if (std::sscanf(line.c_str(), "%lx-%lx %4s", &begin, &end, access) != 3) continue;
+    if (access[0] != 'r' || access[1] != 'w' || end - begin > most) continue;
+    std::string bytes(end - begin, '\0');
+    const ssize_t count = ::pread(memory, bytes.data(), bytes.size(), static_cast<off_t>(begin));
+    bytes.resize(count > 0 ? static_cast<std::size_t>(count) : 0);
+    found = bytes.find(text) != std::string::npos;
+  }
+  ::close(memory);
+  return found;
 }
 
 void Process::Signal(int number) {

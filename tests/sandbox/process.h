@@ -25,6 +25,9 @@ class Process {
 
   void Signal(int number);
 
+  /// Tells whether the text stands anywhere in the memory that the process can write.
+  bool HoldsInMemory(const std::string& text) const;
+
   /// Waits for the end; returns the exit code, 1000 plus the number of the signal that ended it, or -1 when it does not
   /// end. Afterwards Output and Log hold all that it wrote.
   int Wait();

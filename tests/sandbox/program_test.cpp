@@ -202,6 +202,24 @@ TEST_F(Serving, LogHoldsNoSecret) {
   EXPECT_THAT(serve.Log(), Not(HasSubstr(ready["key"].get<std::string>())));
 }
 
+TEST_F(Serving, MemoryHoldsNoSecretOfASessionThatHasEnded) {
+  const std::string card = "CardNumber 4111-1111-1111-1111";
+  Process serve({"serve", shop});
+  const nlohmann::json ready = Ready(serve);
+  TestClient client(ready["port"], ready["key"]);
+  ASSERT_TRUE(client.Handshake());
+  EXPECT_TRUE(serve.HoldsInMemory(client.clientRac)) << "the open session needs it, so the search itself fails";
+  EXPECT_TRUE(serve.HoldsInMemory(client.key));
+  EXPECT_EQ(client.Request("GetProductList", {{"GUID", sampleGuid}, {"CardNumber", card}}).status, 200);
+  const std::string exported = client.iv + client.key;
+  for (const std::string& secret :
+       {client.clientRac, client.serverRac, FromBase64(client.clientRac).value(), FromBase64(client.serverRac).value(),
+        exported, client.key, Base64(exported), card}) {
+    EXPECT_FALSE(serve.HoldsInMemory(secret)) << secret.size() << " bytes, the client challenge being 64";
+    EXPECT_FALSE(serve.HoldsInMemory(secret.substr(secret.size() / 2))) << "half of " << secret.size() << " bytes";
+  }
+}
+
 TEST_F(Serving, EachRequestIsOneLineOfLog) {
   Process serve({"serve", shop});
   const nlohmann::json ready = Ready(serve);
