@@ -32,10 +32,17 @@ Bytes Modulus(std::size_t bytes, std::uint8_t first = 0x80) {
   return modulus;
 }
 
+// Also expects that a refused key leaves the object uninitialised.
 ResultCode Initialise(const Bytes& modulusElement, const Bytes& exponentElement = DerNumber(exponent)) {
   const Key key(rsaPublicKeyDerDescriptor, DerPublicKey(modulusElement, exponentElement));
   Algorithm algorithm(rsaPublicDescriptor);
-  return algorithm.Initialise(Direction::encipher, key);
+  const ResultCode code = algorithm.Initialise(Direction::encipher, key);
+  if (code == resultSuccess) return code;
+  std::uint8_t out[64];
+  std::uint32_t length;
+  EXPECT_EQ(UpdateAlgorithm(algorithm, Direction::encipher, exponent.data(), 1, out, sizeof out, &length), 514);
+  EXPECT_EQ(FinishAlgorithm(algorithm, Direction::encipher, out, sizeof out, &length), 514);
+  return code;
 }
 
 ResultCode Encipher(const Bytes& modulus, const Bytes& e, const Pieces& pieces, Bytes* out,

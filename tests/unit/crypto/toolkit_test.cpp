@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "crypto/algorithm_object.h"
+#include "crypto/md5.h"
 #include "crypto/message_digest.h"
 #include "crypto/operations.h"
 #include "crypto/random_object.h"
@@ -28,6 +29,11 @@ ResultCode Final(AlgorithmObject* object, Direction direction) {
   std::uint8_t out[64];
   std::uint32_t length;
   return FinishAlgorithm(object, direction, out, sizeof out, &length);
+}
+
+void ExpectUninitialised(AlgorithmObject* object, Direction direction) {
+  EXPECT_EQ(Update(object, direction), 514);
+  EXPECT_EQ(Final(object, direction), 514);
 }
 
 TEST(ResultCodes, MethodResultsAreMappedByTheFixedTable) {
@@ -289,14 +295,18 @@ int FailingInit(void*, const AlgorithmParameters&, const KeyObject*) {
 }
 
 TEST(Chooser, ResultsOfMethodsAreMapped) {
-  const AlgorithmOperations operations = {1, FailingInit, nullptr, nullptr, nullptr};
+  const AlgorithmOperations operations = {sizeof(Md5Context), FailingInit, md5Operations.update, md5Operations.final,
+                                          nullptr};
   const AlgorithmMethod method = {AlgorithmType::md5, Direction::digest, {KeyInfoType::none, 0}, &operations};
   const AlgorithmChooser chooser = {&method, 1};
   Algorithm algorithm(md5Descriptor);
   failingResult = 11;
+  ASSERT_EQ(algorithm.Initialise(Direction::digest), 0);
   EXPECT_EQ(InitialiseAlgorithm(algorithm, Direction::digest, nullptr, chooser), 534);
+  ExpectUninitialised(algorithm, Direction::digest);
   failingResult = 77;
   EXPECT_EQ(InitialiseAlgorithm(algorithm, Direction::digest, nullptr, chooser), 520);
+  ExpectUninitialised(algorithm, Direction::digest);
 }
 
 TEST(Chooser, KeyThatTheMethodCannotReadGives524) {
@@ -308,7 +318,9 @@ TEST(Chooser, KeyThatTheMethodCannotReadGives524) {
   const Key key(byteStringKeyDescriptor, {1, 2, 3});
   Algorithm rc5(rc5CbcPadDescriptor, &usualParameters), rsa(rsaPublicDescriptor);
   EXPECT_EQ(InitialiseAlgorithm(rc5, Direction::encipher, nullptr, chooser), 524);
+  ExpectUninitialised(rc5, Direction::encipher);
   EXPECT_EQ(InitialiseAlgorithm(rsa, Direction::encipher, key, chooser), 524);
+  ExpectUninitialised(rsa, Direction::encipher);
 }
 
 TEST(RandomObject, MethodOfAnotherSizeGives545) {
