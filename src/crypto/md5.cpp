@@ -59,6 +59,7 @@ void Compress(std::uint32_t (&state)[4], const std::uint8_t* blocks, std::uint32
     for (unsigned i = 0; i < 4; ++i) v[i] = state[i] += v[i];
   }
   Wipe(words, sizeof words);
+  Wipe(v, sizeof v);
 }
 
 int InitMethod(void* context, const AlgorithmParameters&, const KeyObject*) {

@@ -51,6 +51,7 @@ void Compress(std::uint32_t (&state)[5], const std::uint8_t* blocks, std::uint32
     for (unsigned i = 0; i < 5; ++i) v[i] = state[i] += v[i];
   }
   Wipe(words, sizeof words);
+  Wipe(v, sizeof v);
 }
 
 int InitMethod(void* context, const AlgorithmParameters&, const KeyObject*) {
