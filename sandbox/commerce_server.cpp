@@ -96,7 +96,8 @@ SealedReply CommerceServer::AnswerHandshake(const RequestHead& head, const std::
 
   SealedReply reply;
   reply.body = SealReply(replyFields, session.key);
-  reply.summary = "handshake for " + SafeName(std::string_view(head.path).substr(1)) + ", opened " + InSession(session);
+  const std::string_view service = std::string_view(head.path).substr(1);
+  reply.summary = "handshake for " + LogText(service, Operations::Offers(service)) + ", opened " + InSession(session);
   sessions.Add(connectionId, std::move(session));
   sessionCount++;
   return reply;

@@ -169,7 +169,9 @@ void HttpConnection::OnTimer() {
 }
 
 std::string HttpConnection::About() const {
-  return head ? peer + " /" + SafeName(std::string_view(head->path).substr(1)) : peer;
+  if (!head) return peer;
+  const std::string_view service = std::string_view(head->path).substr(1);
+  return peer + " /" + LogText(service, Operations::Offers(service));
 }
 
 }  // namespace sandbox

@@ -14,12 +14,15 @@ namespace sandbox {
 struct OperationResult {
   ErrorCode error;
   FieldList fields;     // "KEST-Error" first; without the fields of the sealed exchange
-  std::string summary;  // for the log: no value of a request but what SafeName or SafeGuid let pass
+  std::string summary;  // for the log: no value of a request but a GUID that the catalogue has
 };
 
 class Operations {
  public:
   explicit Operations(const Catalogue& products) : catalogue(products) {}
+
+  /// Tells whether there is a service of that name (byte for byte).
+  static bool Offers(std::string_view service);
 
   /// Runs the service of that name. An unknown service, like every refusal of a service, is an answer with an error
   /// code.

@@ -13,8 +13,7 @@ using sandbox::FieldOrEmpty;
 using sandbox::FindField;
 using sandbox::FormatHeaderBlock;
 using sandbox::ParseHeaderBlock;
-using sandbox::SafeGuid;
-using sandbox::SafeName;
+using sandbox::LogText;
 
 TEST(HeaderBlock, WithoutFieldsIsOneEmptyLine) {
   EXPECT_EQ(FormatHeaderBlock({}), "\r\n");
@@ -55,27 +54,11 @@ TEST(FieldLookup, FindsTheFirstOfANameInAnyLetterCase) {
   EXPECT_EQ(FieldOrEmpty(fields, "absent"), "");
 }
 
-TEST(SafeNameOf, LettersIsTheNameItself) {
-  EXPECT_EQ(SafeName("GetProductList"), "GetProductList");
-}
-
-TEST(SafeNameOf, DigitsControlCharactersOrGreatLengthIsARemark) {
-  EXPECT_EQ(SafeName("4111111111111111"), "(no plain name, 16 bytes)");
-  EXPECT_EQ(SafeName("a\nb"), "(no plain name, 3 bytes)");
-  EXPECT_EQ(SafeName("\x1b[31m"), "(no plain name, 5 bytes)");
-  EXPECT_EQ(SafeName(std::string(41, 'a')), "(no plain name, 41 bytes)");
-  EXPECT_EQ(SafeName(""), "(no plain name, 0 bytes)");
-}
-
-TEST(SafeGuidOf, GuidFormIsTheGuidItself) {
-  EXPECT_EQ(SafeGuid("{6F1D2A54-93C7-4B0E-8E21-5A7C0D94B3F6}"), "{6F1D2A54-93C7-4B0E-8E21-5A7C0D94B3F6}");
-  EXPECT_EQ(SafeGuid("6f1d2a54-93c7-4b0e-8e21-5a7c0d94b3f6"), "6f1d2a54-93c7-4b0e-8e21-5a7c0d94b3f6");
-}
-
-TEST(SafeGuidOf, AnythingElseIsARemark) {
-  EXPECT_EQ(SafeGuid("4111111111111111"), "(not in GUID form, 16 bytes)");
-  EXPECT_EQ(SafeGuid("6f1d2a54-93c7-4b0e-8e21-5a7c0d94b3f\n"), "(not in GUID form, 36 bytes)");
-  EXPECT_EQ(SafeGuid("{6f1d2a54-93c7-4b0e-8e21-5a7c0d94b3f6"), "(not in GUID form, 37 bytes)");
+TEST(LogTextOf, KnownTextIsTheTextAndAnyOtherARemark) {
+  EXPECT_EQ(LogText("GetProductList", true), "GetProductList");
+  EXPECT_EQ(LogText("{41111111-1111-1111-0000-000000000000}", false), "(unknown, 38 bytes)");
+  EXPECT_EQ(LogText("a\nb", false), "(unknown, 3 bytes)");
+  EXPECT_EQ(LogText("", false), "(unknown, 0 bytes)");
 }
 
 }  // namespace

@@ -41,15 +41,15 @@ TEST(HttpServer, ConnectionsBeyondTheLimitAreServedWhenOneEnds) {
   const std::string body = client.HandshakeBody(client.HandshakeFields());
   Socket first(server.Port());
   Socket second(server.Port());
-  ASSERT_TRUE(second.Send(client.Head("/Second", body.size()) + body));
+  ASSERT_TRUE(second.Send(client.Head("/GetBill", body.size()) + body));
   EXPECT_FALSE(second.AnswersWithin(200));
-  ASSERT_TRUE(first.Send(client.Head("/First", body.size()) + body));
+  ASSERT_TRUE(first.Send(client.Head("/GetProductList", body.size()) + body));
   EXPECT_EQ(ReadReply(first).status, 200);
   first.EndSending();
   EXPECT_EQ(ReadReply(second).status, 200);
   const std::string log = server.StopAndReadLog();
-  EXPECT_THAT(log, HasSubstr("handshake for First, opened session 1"));
-  EXPECT_THAT(log, HasSubstr("handshake for Second, opened session 2"));
+  EXPECT_THAT(log, HasSubstr("handshake for GetProductList, opened session 1"));
+  EXPECT_THAT(log, HasSubstr("handshake for (unknown, 7 bytes), opened session 2"));
 }
 
 TEST(HttpServer, RequestThatArrivesByteByByteIsAnswered) {

@@ -220,6 +220,22 @@ TEST_F(Serving, MemoryHoldsNoSecretOfASessionThatHasEnded) {
   }
 }
 
+TEST_F(Serving, LogHoldsNoTextThatTheServerDoesNotKnow) {
+  const std::string cardAsGuid = "{41111111-1111-1111-0000-000000000000}";
+  Process serve({"serve", shop, "--verbose"});
+  const nlohmann::json ready = Ready(serve);
+  TestClient client(ready["port"], ready["key"]);
+  ASSERT_TRUE(client.Call("GetProductList", {{"GUID", cardAsGuid}}).has_value());
+  ASSERT_TRUE(client.Call("JohnDoe", {{"GUID", sampleGuid}}).has_value());
+  ASSERT_TRUE(client.Call("GetProductList", {{"GUID", sampleGuid}}).has_value());
+  serve.Signal(SIGTERM);
+  ASSERT_EQ(serve.Wait(), 0);
+  EXPECT_THAT(serve.Log(), Not(HasSubstr("41111111")));
+  EXPECT_THAT(serve.Log(), Not(HasSubstr("JohnDoe")));
+  EXPECT_THAT(serve.Log(), HasSubstr("GetProductList for (unknown, 38 bytes): the catalogue has no application"));
+  EXPECT_THAT(serve.Log(), HasSubstr("(unknown, 7 bytes): the server offers no service of this name"));
+}
+
 TEST_F(Serving, EachRequestIsOneLineOfLog) {
   Process serve({"serve", shop});
   const nlohmann::json ready = Ready(serve);
