@@ -85,6 +85,7 @@ void HttpConnection::ReadBody() {
 }
 
 void HttpConnection::OnBody(Error error) {
+  if (!error && buffer.size() > 0) return Refuse(Refusal::BodyTooLong);
   if (!error) return AnswerRequest();
   if (IsMalformed(error)) return Refuse(Refusal::HeaderLine);
   RefuseIncomplete(error);

@@ -28,6 +28,7 @@ constexpr Row rows[] = {
     {Refusal::ConnectionIdValue, 400, "the value of KEST-Auth-CID is empty"},
     {Refusal::HeadTooLarge, 431, "the head is larger than the limit set by --max-head"},
     {Refusal::BodyTooLarge, 413, "the body is larger than the limit set by --max-body"},
+    {Refusal::BodyTooLong, 400, "more bytes follow the head than Content-Length announces"},
     {Refusal::CutShort, 400, "the connection ended before the whole request had arrived"},
     {Refusal::TooSlow, 408, "the request did not arrive whole within the time set by --client-seconds"},
     {Refusal::BodyNotBase64, 400, "the body is not base64 with the standard alphabet, = padding and no line breaks"},

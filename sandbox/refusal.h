@@ -22,6 +22,7 @@ enum class Refusal {
   ConnectionIdValue,
   HeadTooLarge,
   BodyTooLarge,
+  BodyTooLong,
   CutShort,
   TooSlow,
   BodyNotBase64,

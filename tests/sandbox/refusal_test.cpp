@@ -146,6 +146,13 @@ const Case cases[] = {
      With([](TestServerOptions& o) { o.http.maxBody = 100; })},
     {"BodyAnnouncedBeyondAllMeasure", Refusal::BodyTooLarge, 413,
      [](TestClient& c, TestServer& s) { return SendAndEnd(s, c.Head("/GetProductList", 999999999999999999)); }},
+    {"BodyLongerThanAnnounced", Refusal::BodyTooLong, 400,
+     [](TestClient& c, TestServer&) {
+       const std::string body = c.HandshakeBody(c.HandshakeFields());
+       return c.Send(c.Head("/GetProductList", body.size()) + body + "A");
+     }},
+    {"BodyWhereNoneIsAnnounced", Refusal::BodyTooLong, 400,
+     [](TestClient& c, TestServer&) { return c.Send(c.Head("/GetProductList", 0) + "AAAA"); }},
     {"HeadCutShort", Refusal::CutShort, 400,
      [](TestClient&, TestServer& s) { return SendAndEnd(s, "GET /GetProductList HT"); }},
     {"BodyCutShort", Refusal::CutShort, 400,
