@@ -87,7 +87,7 @@ void HttpConnection::ReadBody() {
 void HttpConnection::OnBody(Error error) {
   if (!error && buffer.size() > 0) return Refuse(Refusal::BodyTooLong);
   if (!error) return AnswerRequest();
-  if (IsMalformed(error)) return Refuse(Refusal::HeaderLine);
+  if (IsMalformed(error)) return Refuse(Refusal::HeadNotHttp);
   RefuseIncomplete(error);
 }
 

@@ -14,6 +14,7 @@ struct Row {
 constexpr Row rows[] = {
     {Refusal::RequestLine, 400, "the request line is not method, target and version with one space between them"},
     {Refusal::Target, 400, "the target is neither a path nor an absolute http URL with a path"},
+    {Refusal::TargetCharacter, 400, "the target holds a control character"},
     {Refusal::Method, 405, "the method is not GET"},
     {Refusal::HttpVersion, 505, "the version is not HTTP/1.0"},
     {Refusal::HeaderLine, 400, "a header line is not a name, a colon, one space and a value, ended by CR LF"},
@@ -26,6 +27,7 @@ constexpr Row rows[] = {
     {Refusal::LengthValue, 400, "the value of Content-Length is not a decimal number"},
     {Refusal::ProxyConnectionValue, 400, "the value of Proxy-Connection is not Keep-Alive"},
     {Refusal::ConnectionIdValue, 400, "the value of KEST-Auth-CID is empty"},
+    {Refusal::HeadNotHttp, 400, "the head breaks a rule of HTTP, such as a foreign character in a name or Transfer-Encoding"},
     {Refusal::HeadTooLarge, 431, "the head is larger than the limit set by --max-head"},
     {Refusal::BodyTooLarge, 413, "the body is larger than the limit set by --max-body"},
     {Refusal::BodyTooLong, 400, "more bytes follow the head than Content-Length announces"},

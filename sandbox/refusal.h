@@ -10,6 +10,7 @@ namespace sandbox {
 enum class Refusal {
   RequestLine,
   Target,
+  TargetCharacter,
   Method,
   HttpVersion,
   HeaderLine,
@@ -20,6 +21,7 @@ enum class Refusal {
   LengthValue,
   ProxyConnectionValue,
   ConnectionIdValue,
+  HeadNotHttp,
   HeadTooLarge,
   BodyTooLarge,
   BodyTooLong,

@@ -8,6 +8,11 @@
 namespace sandbox {
 namespace {
 
+bool IsControl(char c) {
+  const auto byte = static_cast<unsigned char>(c);
+  return byte < 0x20 || byte == 0x7F;
+}
+
 bool IsDigit(char c) {
   return c >= '0' && c <= '9';
 }
@@ -40,6 +45,7 @@ RequestLine SplitRequestLine(std::string_view line) {
 
 std::string_view PathOf(std::string_view target) {
   constexpr std::string_view scheme = "http://";
+  if (std::any_of(target.begin(), target.end(), IsControl)) throw Refused(Refusal::TargetCharacter);
   if (target.front() == '/') return target;
   if (!EqualIgnoringCase(target.substr(0, scheme.size()), scheme)) throw Refused(Refusal::Target);
   target.remove_prefix(scheme.size());

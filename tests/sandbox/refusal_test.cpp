@@ -96,6 +96,10 @@ const Case cases[] = {
      [](TestClient& c, TestServer&) { return SendHead(c, "GET /Get", "GET Get"); }},
     {"TargetOfAnotherScheme", Refusal::Target, 400,
      [](TestClient& c, TestServer&) { return SendHead(c, "GET /", "GET ftp://host/"); }},
+    {"TargetWithATab", Refusal::TargetCharacter, 400,
+     [](TestClient& c, TestServer&) { return SendHead(c, "/Get", "/\tGet"); }},
+    {"TargetWithADelete", Refusal::TargetCharacter, 400,
+     [](TestClient& c, TestServer&) { return SendHead(c, "/Get", "/\x7FGet"); }},
     {"MethodPost", Refusal::Method, 405, [](TestClient& c, TestServer&) { return SendHead(c, "GET", "POST"); }},
     {"MethodInLowerCase", Refusal::Method, 405, [](TestClient& c, TestServer&) { return SendHead(c, "GET", "get"); }},
     {"Http11", Refusal::HttpVersion, 505,
@@ -138,6 +142,12 @@ const Case cases[] = {
      [](TestClient& c, TestServer&) { return SendHead(c, "Keep-Alive", "Close"); }},
     {"ConnectionIdEmpty", Refusal::ConnectionIdValue, 400,
      [](TestClient& c, TestServer&) { return SendHead(c, "\r\n\r\n", "\r\nKEST-Auth-CID: \r\n\r\n"); }},
+    {"HeadWithTransferEncodingBehindAProxy", Refusal::HeadNotHttp, 400,
+     [](TestClient& c, TestServer&) {
+       return SendHead(c, "\r\n\r\n", "\r\nVia: 1.1 proxy\r\nTransfer-Encoding: chunked\r\n\r\n");
+     }},
+    {"HeadWithAForeignCharacterInANameBehindAProxy", Refusal::HeadNotHttp, 400,
+     [](TestClient& c, TestServer&) { return SendHead(c, "\r\n\r\n", "\r\nVia: 1.1 proxy\r\nX(: 1\r\n\r\n"); }},
     {"HeadLongerThanTheLimit", Refusal::HeadTooLarge, 431,
      [](TestClient& c, TestServer&) { return SendHead(c, "/Get", "/" + std::string(300, 'x') + "Get"); },
      With([](TestServerOptions& o) { o.http.maxHead = 256; })},
