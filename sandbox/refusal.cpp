@@ -22,9 +22,9 @@ constexpr Row rows[] = {
      "the header fields are not Accept, Host, Content-Length, Proxy-Connection and, at most once, KEST-Auth-CID, in "
      "this order"},
     {Refusal::AcceptValue, 400, "the value of Accept is not */*"},
-    {Refusal::HostValue, 400, "the value of Host is not a host name without a port"},
+    {Refusal::HostValue, 400, "the value of Host is not a host name without white space and port"},
     {Refusal::LengthMissing, 411, "Content-Length is missing"},
-    {Refusal::LengthValue, 400, "the value of Content-Length is not a decimal number"},
+    {Refusal::LengthValue, 400, "the value of Content-Length is not a decimal number without sign and leading zeros"},
     {Refusal::ProxyConnectionValue, 400, "the value of Proxy-Connection is not Keep-Alive"},
     {Refusal::ConnectionIdValue, 400, "the value of KEST-Auth-CID is empty"},
     {Refusal::HeadNotHttp, 400, "the head breaks a rule of HTTP, such as a foreign character in a name or Transfer-Encoding"},

@@ -89,7 +89,8 @@ void CheckNoneTwice(const FieldList& fields) {
 std::size_t ReadLength(std::string_view value) {
   constexpr std::size_t mostDigits = 18;
   const bool digits = !value.empty() && value.size() <= mostDigits && std::all_of(value.begin(), value.end(), IsDigit);
-  if (!digits) throw Refused(Refusal::LengthValue);
+  const bool leadingZero = value.size() > 1 && value.front() == '0';
+  if (!digits || leadingZero) throw Refused(Refusal::LengthValue);
   std::size_t length = 0;
   for (char c : value) length = length * 10 + static_cast<std::size_t>(c - '0');
   return length;
@@ -98,7 +99,8 @@ std::size_t ReadLength(std::string_view value) {
 void CheckValues(const FieldList& fields, bool throughProxy) {
   if (FieldOrEmpty(fields, "Accept") != "*/*") throw Refused(Refusal::AcceptValue);
   const std::string_view host = FieldOrEmpty(fields, "Host");
-  if (host.empty() || (!throughProxy && host.find(':') != std::string_view::npos)) throw Refused(Refusal::HostValue);
+  const std::string_view foreign = throughProxy ? " \t" : " \t:";
+  if (host.empty() || host.find_first_of(foreign) != std::string_view::npos) throw Refused(Refusal::HostValue);
   if (!throughProxy && FieldOrEmpty(fields, "Proxy-Connection") != "Keep-Alive") {
     throw Refused(Refusal::ProxyConnectionValue);
   }

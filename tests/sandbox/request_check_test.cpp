@@ -67,17 +67,24 @@ TEST(RequestHeadBehindAProxy, StillNeedsItsValues) {
   EXPECT_EQ(RefusalOf(changed("*/*", "x")), Refusal::AcceptValue);
   EXPECT_EQ(RefusalOf(changed("Content-Length: 12\r\n", "")), Refusal::LengthMissing);
   EXPECT_EQ(RefusalOf(changed("host: shop.test:8080\r\n", "")), Refusal::HostValue);
+  EXPECT_EQ(RefusalOf(changed("shop.test:8080", "shop.test :8080")), Refusal::HostValue);
   EXPECT_EQ(RefusalOf(changed("X-Forwarded-For", "Host")), Refusal::HeaderOrder);
   EXPECT_EQ(RefusalOf(changed("HTTP/1.1", "HTTP/2.0")), Refusal::HttpVersion);
   EXPECT_EQ(RefusalOf(changed("via", "vie")), Refusal::HttpVersion);
 }
 
 TEST(RequestHeadLength, TakesNothingButDigits) {
-  for (const char* value : {"", "+1", "-1", "1 2", "0x10", "1.0", "1234567890123456789"}) {
+  for (const char* value : {"", "+1", "-1", "1 2", "0x10", "1.0", "00", "012", "1234567890123456789"}) {
     const std::string head = "GET /A HTTP/1.0\r\nAccept: */*\r\nHost: h\r\nContent-Length: " + std::string(value) +
                              "\r\nProxy-Connection: Keep-Alive\r\n\r\n";
     EXPECT_EQ(RefusalOf(head), Refusal::LengthValue) << value;
   }
+}
+
+TEST(RequestHeadLength, MayBeZero) {
+  const std::string head =
+      "GET /A HTTP/1.0\r\nAccept: */*\r\nHost: h\r\nContent-Length: 0\r\nProxy-Connection: Keep-Alive\r\n\r\n";
+  EXPECT_EQ(CheckHead(head).contentLength, 0u);
 }
 
 TEST(RequestHeadLine, WithControlBytesIsRefused) {
