@@ -112,6 +112,14 @@ TEST_F(Conversation, ReplyIsHttp10WithItsLengthAndNoPromiseToStay) {
   EXPECT_EQ(Value(reply.headers, "Proxy-Connection"), "(absent)");
 }
 
+TEST_F(Conversation, RepliesTellTheProtocolVersion) {
+  const std::string body = client.HandshakeBody(client.HandshakeFields());
+  const HttpReply handshake = client.Send(client.Head("/GetProductList", body.size()) + body);
+  EXPECT_EQ(Value(client.Open(handshake.body).value_or(Fields()), "KEST-Protocol-Version"), "1.1");
+  const Fields fields = client.Call("GetProductList", {{"GUID", testGuid}}).value_or(Fields());
+  EXPECT_EQ(Value(fields, "KEST-Protocol-Version"), "1.1");
+}
+
 TEST_F(Conversation, AbsoluteTargetIsAnswered) {
   ASSERT_TRUE(client.Handshake());
   const std::string body = client.RequestBody(client.RequestFields("GetProductList", {{"GUID", testGuid}}));

@@ -68,6 +68,10 @@ TEST(KeyPairText, OfTooLongAModulusIsRefused) {
   EXPECT_EQ(WhyRefused(KeyPair::Generate(2056).PrivateText()), "its modulus does not have 512 to 2048 bits");
 }
 
+TEST(KeyPairText, OfTooShortAModulusIsRefused) {
+  EXPECT_EQ(WhyRefused(KeyPair::Generate(511).PrivateText()), "its modulus does not have 512 to 2048 bits");
+}
+
 TEST(KeyPairDecipher, OfAnotherLengthOrAboveTheModulusGivesNothing) {
   EXPECT_EQ(SharedKey().BlockSize(), 128u);
   EXPECT_FALSE(SharedKey().Decipher(std::string(127, '\0')).has_value());
