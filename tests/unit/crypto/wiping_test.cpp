@@ -6,6 +6,7 @@
 #include <map>
 
 #include "core/memory.h"
+#include "crypto/big_number.h"
 #include "crypto/message_digest.h"
 #include "crypto/rsa_public_cipher.h"
 #include "crypto/session_cipher.h"
@@ -39,10 +40,12 @@ class FreedMemory : public ForwardingSystem {
     sizes.erase(block);
     ForwardingSystem::GlobalFree(block);
   }
-  bool Holds(const Bytes& secret) const {
-    for (std::size_t at = 0; at + window <= secret.size(); ++at) {
+  // `length`: bytes of the secret in a row that count as a part of it.
+  bool Holds(const Bytes& secret, std::size_t length = window) const {
+    for (std::size_t at = 0; at + length <= secret.size(); ++at) {
       const auto first = secret.begin() + static_cast<std::ptrdiff_t>(at);
-      if (std::search(freed.begin(), freed.end(), first, first + window) != freed.end()) return true;
+      const auto end = first + static_cast<std::ptrdiff_t>(length);
+      if (std::search(freed.begin(), freed.end(), first, end) != freed.end()) return true;
     }
     return false;
   }
@@ -151,6 +154,34 @@ TEST_F(Wiping, BlockUnderRsaIsGone) {
   Bytes reversed(block.rbegin(), block.rend());
   EXPECT_FALSE(memory.Holds(block));
   EXPECT_FALSE(memory.Holds(reversed)) << "as words";
+}
+
+TEST_F(Wiping, BigNumbersAreGone) {
+  const Bytes first = SomeBytes(40, 5), second = SomeBytes(80, 6);
+  {
+    BigNumber number;
+    ASSERT_EQ(number.SetBytes(first.data(), 40), 0);
+    ASSERT_EQ(number.SetBytes(second.data(), 80), 0);
+  }
+  EXPECT_FALSE(memory.Holds(Bytes(first.rbegin(), first.rend()))) << "when it grows";
+  EXPECT_FALSE(memory.Holds(Bytes(second.rbegin(), second.rend()))) << "when it goes";
+}
+
+TEST_F(Wiping, InitialisationVectorIsGoneWithTheCipher) {
+  Bytes seed = {1, 2, 3, 4}, vector;
+  auto* cipher = new SessionCipher;
+  ASSERT_TRUE(cipher->MakeKey(256, seed.data(), 4));
+  vector = BytesIn(cipher->ExportKey());
+  vector.resize(8);
+  delete cipher;
+  EXPECT_FALSE(memory.Holds(vector, 8));
+}
+
+TEST_F(Wiping, ParametersAreGoneWithTheAlgorithm) {
+  const Bytes vector = SomeBytes(8, 7);
+  const Rc5ParameterBlock block = {16, 20, 32, vector.data()};
+  { const testing::Algorithm algorithm(rc5CbcPadDescriptor, &block); }
+  EXPECT_FALSE(memory.Holds(vector, 8));
 }
 
 }  // namespace
