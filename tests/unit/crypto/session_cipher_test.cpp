@@ -28,6 +28,14 @@ void MakeSeeded(SessionCipher& cipher, std::uint16_t bits = 1024, Bytes seed = {
   EXPECT_EQ(seed, Bytes(seed.size(), 0));
 }
 
+// The blocks of a key object that holds a key, and of nothing else.
+std::int64_t KeyBlocks() {
+  testing::AllocationSystem system;
+  const SystemInForce inForce(system);
+  const testing::Key key(byteStringKeyDescriptor, SomeBytes(32));
+  return system.Outstanding();
+}
+
 TEST(SessionCipher, KeyFromTheSameSeedIsTheSame) {
   SessionCipher first, second;
   MakeSeeded(first, 256);
@@ -263,6 +271,30 @@ TEST(SessionCipher, MissingSeedBytesMakeNoKey) {
   MakeSeeded(cipher);
   EXPECT_FALSE(cipher.MakeKey(64, nullptr, 4));
   EXPECT_TRUE(cipher.ExportKey().IsEmpty());
+}
+
+TEST(SessionCipher, GeneratorLivesFromSeedingToTheNextClear) {
+  testing::AllocationSystem system;
+  const SystemInForce inForce(system);
+  SessionCipher cipher;
+  ASSERT_TRUE(cipher.MakeKey(256, nullptr, 0));
+  EXPECT_EQ(system.Outstanding(), KeyBlocks()) << "none is left of making a key";
+  ASSERT_TRUE(cipher.SeedRandom(256));
+  EXPECT_EQ(system.Outstanding(), KeyBlocks() + 1);
+  { const ByteBuffer enciphered = cipher.Encipher(BufferOf({1})); }
+  EXPECT_EQ(system.Outstanding(), KeyBlocks() + 1) << "the message's own takes its place";
+  { const ByteBuffer enciphered = cipher.Encipher(BufferOf({1})); }
+  EXPECT_EQ(system.Outstanding(), KeyBlocks() + 1);
+  cipher.Clear();
+  EXPECT_EQ(system.Outstanding(), 0);
+}
+
+TEST(SessionCipher, WithoutKeyNothingIsSeeded) {
+  RecordedSystem system;
+  const SystemInForce inForce(system);
+  SessionCipher cipher;
+  EXPECT_TRUE(cipher.Encipher(BufferOf({1})).IsEmpty());
+  EXPECT_EQ(system.seedings, 0U);
 }
 
 }  // namespace
