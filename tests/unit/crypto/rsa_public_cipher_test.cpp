@@ -4,6 +4,7 @@
 
 #include <thread>
 
+#include "support/allocation_system.h"
 #include "support/public_key.h"
 #include "support/recorded_system.h"
 #include "support/toolkit.h"
@@ -148,6 +149,41 @@ TEST(RsaPublicCipher, SeveralThreadsCopyOneKey) {
   }
   for (std::thread& thread : threads) thread.join();
   for (const bool same : isSame) EXPECT_TRUE(same);
+}
+
+TEST(RsaPublicCipher, LoadingClearsTheWholeObject) {
+  RsaPublicCipher cipher, copy;
+  std::uint8_t out[64];
+  testing::AllocationSystem system;
+  const SystemInForce inForce(system);
+  const auto loaded = [&] {
+    const ByteBuffer der = KeyText(Modulus(64));
+    return cipher.LoadPublicKey(der);
+  };
+  ASSERT_TRUE(loaded());
+  const std::int64_t keyBlocks = system.Outstanding();
+  ASSERT_TRUE(cipher.SeedRandom(16));
+  ASSERT_TRUE(cipher.BeginEncipher());
+  EXPECT_GT(system.Outstanding(), keyBlocks + 1);
+  ASSERT_TRUE(loaded());
+  EXPECT_EQ(system.Outstanding(), keyBlocks) << "neither generator nor algorithm";
+  EXPECT_EQ(cipher.EncipherUpdate(out, 0, out, 64), -1);
+  EXPECT_FALSE(cipher.LoadPublicKey(ByteBuffer()));
+  EXPECT_EQ(system.Outstanding(), 0) << "a refused key leaves no key object";
+  EXPECT_EQ(cipher.BlockSize(), -1);
+  EXPECT_FALSE(copy.CopyKeyFrom(cipher));
+}
+
+TEST(RsaPublicCipher, CopyReplacesTheKeyThatWasThere) {
+  RsaPublicCipher original, copy;
+  ASSERT_TRUE(original.LoadPublicKey(KeyText(Modulus(64))));
+  ASSERT_TRUE(copy.LoadPublicKey(KeyText(Modulus(128))));
+  testing::AllocationSystem system;
+  const SystemInForce inForce(system);
+  ASSERT_TRUE(copy.CopyKeyFrom(original));
+  EXPECT_LE(system.Outstanding(), 0) << "the old key is given back";
+  EXPECT_EQ(copy.BlockSize(), 64);
+  EXPECT_EQ(copy.Encipher(BufferOf(SomeBytes(64))), original.Encipher(BufferOf(SomeBytes(64))));
 }
 
 }  // namespace
