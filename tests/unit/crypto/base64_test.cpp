@@ -202,9 +202,9 @@ struct HeapContext {
   ResultCode Update(const Bytes& in, Bytes* out, std::uint32_t room) {
     Bytes area(room);
     std::uint32_t length = 99;
-    const ResultCode code = Base64DecodeUpdate(*context, area.data(), &length, room,
-                                               reinterpret_cast<const char*>(in.data()),
-                                               static_cast<std::uint32_t>(in.size()));
+    const ResultCode code =
+        Base64DecodeUpdate(*context, area.data(), &length, room, reinterpret_cast<const char*>(in.data()),
+                           static_cast<std::uint32_t>(in.size()));
     EXPECT_LE(length, room);
     EXPECT_LE(context->count, 4U);
     out->insert(out->end(), area.begin(), area.begin() + length);
@@ -257,6 +257,28 @@ TEST(Base64Decoder, LastCompleteGroupWaitsForTheFinalCall) {
   EXPECT_EQ(length, 3U);
   ASSERT_EQ(Base64DecodeFinal(context, out.data() + 3, &length, 13), 0);
   EXPECT_EQ(length, 3U);
+}
+
+TEST(Base64Decoder, FinalLeavesTheContextReadyForTheNextMessage) {
+  for (const char* text : {"QUJD", "QUI=", "QQ=="}) {
+    HeapContext decoder;
+    Bytes out;
+    for (int message = 0; message < 2; ++message) {
+      ASSERT_EQ(decoder.Update(BytesOf(text), &out, 0), 0) << text;
+      ASSERT_EQ(decoder.Final(&out), 0) << text;
+      EXPECT_EQ(decoder.context->count, 0U) << text;
+    }
+    EXPECT_EQ(decoder.Final(&out), 0) << "nothing is held any more";
+    const Bytes once(out.begin(), out.begin() + static_cast<std::ptrdiff_t>(out.size() / 2));
+    EXPECT_EQ(Bytes(out.begin() + static_cast<std::ptrdiff_t>(once.size()), out.end()), once) << text;
+  }
+}
+
+TEST(Base64Decoder, FinalWithNothingHeldWritesNothing) {
+  Base64Context context{};
+  std::uint32_t length = 9;
+  EXPECT_EQ(Base64DecodeFinal(context, nullptr, &length, 0), 0);
+  EXPECT_EQ(length, 0U);
 }
 
 TEST(ByteBufferBase64, EncodesAndDecodes) {
