@@ -81,6 +81,23 @@ TEST_F(Capture, FewerLinesThan240Fail) {
   EXPECT_EQ(system.calls.back(), "ReleaseDC desktop screen");
 }
 
+// Answers more lines than were asked for, and writes those alone.
+class GenerousSystem : public RecordedSystem {
+ public:
+  int GetDIBits(os::DeviceContext context, os::GraphicsObject object, std::uint32_t firstLine, std::uint32_t lines,
+                void* bits, os::BitmapInfo* info, std::uint32_t colourUse) override {
+    return RecordedSystem::GetDIBits(context, object, firstLine, lines, bits, info, colourUse) + 1;
+  }
+};
+
+TEST(CaptureLines, MoreThan240Fail) {
+  GenerousSystem system;
+  const SystemInForce inForce(system);
+  Bytes buffer(captureLength);
+  EXPECT_FALSE(CaptureScreen(buffer.data()));
+  EXPECT_EQ(system.calls.back(), "ReleaseDC desktop screen");
+}
+
 class State : public ::testing::Test {
  protected:
   std::string Run() {
@@ -130,8 +147,10 @@ TEST(Entropy, AScreenThatIsThereIsCaptured) {
   const os::WindowHandle desktop = native.GetDesktopWindow();
   const os::DeviceContext screen = native.GetDC(desktop);
   if (screen != nullptr) native.ReleaseDC(desktop, screen);
-  Bytes buffer(captureLength, 0);
+  constexpr std::size_t guardLength = 4096;  // bytes
+  Bytes buffer(captureLength + guardLength, 0xEE);
   EXPECT_EQ(screen != nullptr, CaptureScreen(buffer.data()));
+  EXPECT_EQ(Bytes(buffer.begin() + captureLength, buffer.end()), Bytes(guardLength, 0xEE));
 }
 
 }  // namespace
