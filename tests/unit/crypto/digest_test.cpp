@@ -56,6 +56,9 @@ TEST(Sha1, VectorsInEverySplit) {
       uneven.push_back(BytesOf(whole.substr(at, step)));
     }
     EXPECT_EQ(Digest(sha1Descriptor, uneven), digest);
+    Pieces single;
+    for (const char character : whole) single.push_back({static_cast<std::uint8_t>(character)});
+    EXPECT_EQ(Digest(sha1Descriptor, single), digest);
   });
 }
 

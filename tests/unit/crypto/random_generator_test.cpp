@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "crypto/entropy.h"
 #include "crypto/md5_random.h"
 #include "crypto/random_object.h"
 #include "support/recorded_system.h"
@@ -195,7 +196,9 @@ TEST(SeedFromEntropy, MakesTheStreamThatTheRulesSay) {
     RecordedSystem system;
     const SystemInForce inForce(system);
     system.hasScreen = system.hasCursor = record.Number("Screen") != 0;
-    record.Text("Record");
+    std::uint8_t state[stateRecordLength];
+    const std::uint16_t stateLength = CollectSystemState(state);
+    EXPECT_EQ(ToHex(state, stateLength), record.Text("Record"));
     RandomGenerator generator;
     ASSERT_TRUE(generator.SeedFromEntropy(static_cast<std::uint16_t>(record.Number("Count"))));
     const Bytes stream = record.Hex("Stream");

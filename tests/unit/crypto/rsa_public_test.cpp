@@ -56,9 +56,17 @@ ResultCode Encipher(const Bytes& modulus, const Bytes& e, const Pieces& pieces, 
 
 TEST(RsaPublic, Vectors) {
   ForEachVector("rsa_public.txt", [](VectorRecord& record) {
-    Bytes out;
-    ASSERT_EQ(Encipher(record.Hex("Modulus"), record.Hex("Exponent"), {record.Hex("Block")}, &out), 0);
-    EXPECT_EQ(ToHex(out), record.Text("Cipher"));
+    const Bytes modulus = record.Hex("Modulus"), e = record.Hex("Exponent"), block = record.Hex("Block");
+    const std::string cipher = record.Text("Cipher");
+    const auto middle = block.begin() + static_cast<std::ptrdiff_t>(block.size() / 2);
+    Pieces single;
+    for (const std::uint8_t byte : block) single.push_back({byte});
+    for (const Pieces& pieces :
+         {Pieces{block}, single, Pieces{Bytes(block.begin(), middle), Bytes(middle, block.end())}}) {
+      Bytes out;
+      ASSERT_EQ(Encipher(modulus, e, pieces, &out), 0);
+      EXPECT_EQ(ToHex(out), cipher);
+    }
   });
 }
 
