@@ -25,11 +25,7 @@ struct Session {
 
   Session(std::uint64_t sessionNumber, const SessionKey& sessionKey, std::string_view client, std::string_view server,
           std::string_view handshakePath)
-      : number(sessionNumber),
-        key(sessionKey),
-        clientChallenge(client),
-        serverChallenge(server),
-        path(handshakePath) {}
+      : number(sessionNumber), key(sessionKey), clientChallenge(client), serverChallenge(server), path(handshakePath) {}
   Session(Session&&) = default;
   Session& operator=(Session&&) = default;
   ~Session() {

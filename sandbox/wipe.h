@@ -1,6 +1,6 @@
 // Overwrites texts that held a key, a challenge or the plain text of a message, so that memory given back holds none of
-// them. It reaches what the text itself owns: whoever lets a text grow reserves its length first, because a growing text
-// leaves its old bytes behind. No state: any thread may call.
+// them. It reaches what the text itself owns: whoever lets a text grow reserves its length first, because a growing
+// text leaves its old bytes behind. No state: any thread may call.
 #pragma once
 
 #include <string>

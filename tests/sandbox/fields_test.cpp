@@ -12,8 +12,8 @@ using sandbox::FieldList;
 using sandbox::FieldOrEmpty;
 using sandbox::FindField;
 using sandbox::FormatHeaderBlock;
-using sandbox::ParseHeaderBlock;
 using sandbox::LogText;
+using sandbox::ParseHeaderBlock;
 
 TEST(HeaderBlock, WithoutFieldsIsOneEmptyLine) {
   EXPECT_EQ(FormatHeaderBlock({}), "\r\n");
