@@ -9,7 +9,8 @@
 namespace os::posix {
 
 // Gives the calling thread an entry with room for `count` addresses in place of the one it had. It lives until the
-// thread's next call or end. Null when there is no memory.
+// thread's next call or end. Null when there is no memory,
+// or no key was left when the library was loaded; the thread then has none.
 HostEntry* RenewHostEntry(std::size_t count);
 
 }  // namespace os::posix

@@ -2,6 +2,7 @@
 #include "os/posix/sockets.h"
 
 #include <arpa/inet.h>
+#include <dlfcn.h>
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <netdb.h>
@@ -14,9 +15,22 @@
 #include <atomic>
 #include <csignal>
 #include <cstring>
+#include <fstream>
 #include <string>
 #include <thread>
 #include <vector>
+
+// The resolver, which here knows one name with several addresses beside those of the machine: no machine promises one.
+extern "C" int getaddrinfo(const char* name, const char* service, const addrinfo* hints, addrinfo** found) {
+  static const auto resolve = reinterpret_cast<decltype(&getaddrinfo)>(dlsym(RTLD_NEXT, "getaddrinfo"));
+  if (std::strcmp(name, "several.test") != 0) return resolve(name, service, hints, found);
+  for (const char* address : {"10.0.0.3", "10.0.0.1", "10.0.0.2"}) {
+    const int error = resolve(address, service, hints, found);
+    if (error != 0) return error;
+    found = &(*found)->ai_next;
+  }
+  return 0;
+}
 
 namespace os::posix {
 namespace {
@@ -33,14 +47,14 @@ class Connected : public ::testing::Test {
     EXPECT_EQ(0, bind(listener, reinterpret_cast<sockaddr*>(&address), length));
     EXPECT_EQ(0, listen(listener, 1));
     EXPECT_EQ(0, getsockname(listener, reinterpret_cast<sockaddr*>(&address), &length));
-    own = OpenSocket(addressFamilyInet, socketTypeStream, 0);
+    own = Native().socket(addressFamilyInet, socketTypeStream, 0);
     const SocketAddress target{addressFamilyInet, address.sin_port, address.sin_addr.s_addr, {}};
-    EXPECT_EQ(0, Connect(own, &target, sizeof target));
+    EXPECT_EQ(0, Native().connect(own, &target, sizeof target));
     peer = accept(listener, nullptr, nullptr);
     close(listener);
   }
   ~Connected() override {
-    close(static_cast<int>(own));
+    EXPECT_EQ(0, Native().closesocket(own));
     ClosePeer();
   }
   void ClosePeer() {
@@ -54,13 +68,13 @@ class Connected : public ::testing::Test {
 
 TEST_F(Connected, BytesGoBothWaysAndTheEndIsZero) {
   char bytes[8] = {};
-  ASSERT_EQ(5, Send(own, "hello", 5, 0));
+  ASSERT_EQ(5, Native().send(own, "hello", 5, 0));
   ASSERT_EQ(5, ::recv(peer, bytes, 5, MSG_WAITALL));
   EXPECT_STREQ("hello", bytes);
   ASSERT_EQ(3, ::send(peer, "abc", 3, 0));
-  EXPECT_EQ(3, Receive(own, bytes, sizeof bytes, 0));
+  EXPECT_EQ(3, Native().recv(own, bytes, sizeof bytes, 0));
   ClosePeer();
-  EXPECT_EQ(0, Receive(own, bytes, sizeof bytes, 0));
+  EXPECT_EQ(0, Native().recv(own, bytes, sizeof bytes, 0));
 }
 
 TEST_F(Connected, SendingToAPeerThatIsGoneFailsWithoutASignal) {
@@ -102,11 +116,20 @@ TEST_F(Connected, ProgramsThatAreStartedDoNotInheritIt) {
 std::atomic<int> interruptions{0};
 void CountInterruption(int) { ++interruptions; }
 
-// Signals the thread until it has been interrupted `times` times, then lets it go on.
-void Interrupt(pthread_t thread, int times) {
-  while (interruptions < times) {
+bool Waits(pid_t thread) {
+  std::ifstream file("/proc/self/task/" + std::to_string(thread) + "/stat");
+  std::string state;
+  std::getline(file, state);
+  const std::size_t name = state.rfind(')');
+  return name != std::string::npos && state.compare(name, 3, ") S") == 0;
+}
+
+// Interrupts the process's first thread `times` times, each time once it waits in a call.
+void InterruptFirstThread(pthread_t thread, int times) {
+  for (int i = 0; i < times; ++i) {
+    while (!Waits(getpid())) poll(nullptr, 0, 1);
     pthread_kill(thread, SIGUSR1);
-    poll(nullptr, 0, 1);
+    while (interruptions <= i) poll(nullptr, 0, 1);
   }
 }
 
@@ -126,7 +149,7 @@ class Interrupted : public Connected {
 TEST_F(Interrupted, AReceiveGoesOn) {
   const pthread_t receiver = pthread_self();
   std::thread peerThread([&] {
-    Interrupt(receiver, 20);
+    InterruptFirstThread(receiver, 20);
     EXPECT_EQ(1, ::send(peer, "x", 1, 0));
   });
   char byte = 0;
@@ -141,7 +164,7 @@ TEST_F(Interrupted, ASendGoesOn) {
   const std::vector<char> bytes(64u << 20);
   const pthread_t sender = pthread_self();
   std::thread peerThread([&] {
-    Interrupt(sender, 20);
+    InterruptFirstThread(sender, 20);
     std::vector<char> taken(1u << 20);
     for (std::size_t left = bytes.size(); left > 0;) {
       const ssize_t got = ::recv(peer, taken.data(), taken.size(), 0);
@@ -160,6 +183,50 @@ TEST_F(Interrupted, ASendGoesOn) {
   EXPECT_GE(interruptions, 20);
 }
 
+// Fills the listener's queue, so that whoever connects next waits until a connection is taken from it. Answers the
+// sockets that fill it; the last of them waits already.
+std::vector<int> FillQueue(const sockaddr_in& address) {
+  std::vector<int> fillers;
+  for (bool waits = false; !waits && fillers.size() < 64;) {
+    fillers.push_back(::socket(AF_INET, SOCK_STREAM | SOCK_NONBLOCK, 0));
+    ::connect(fillers.back(), reinterpret_cast<const sockaddr*>(&address), sizeof address);
+    pollfd connecting{fillers.back(), POLLOUT, 0};
+    waits = poll(&connecting, 1, 50) == 0;
+  }
+  return fillers;
+}
+
+// The kernel asks again after a second, which is how long this takes.
+TEST_F(Interrupted, AConnectGoesOn) {
+  sockaddr_in address{};
+  address.sin_family = AF_INET;
+  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+  socklen_t length = sizeof address;
+  const int listener = ::socket(AF_INET, SOCK_STREAM, 0);
+  ASSERT_EQ(0, bind(listener, reinterpret_cast<sockaddr*>(&address), length));
+  ASSERT_EQ(0, listen(listener, 0));
+  ASSERT_EQ(0, getsockname(listener, reinterpret_cast<sockaddr*>(&address), &length));
+  const std::vector<int> fillers = FillQueue(address);
+  ASSERT_LT(fillers.size(), 64u);
+  const Socket late = OpenSocket(addressFamilyInet, socketTypeStream, 0);
+  const SocketAddress target{addressFamilyInet, address.sin_port, address.sin_addr.s_addr, {}};
+  const pthread_t connector = pthread_self();
+  std::thread listenerThread([&] {
+    InterruptFirstThread(connector, 5);
+    // Those that wait find room; a filler that is closed no longer asks for it.
+    close(fillers.back());
+    for (std::size_t i = 0; i + 1 < fillers.size(); ++i) close(accept(listener, nullptr, nullptr));
+  });
+  EXPECT_EQ(0, Connect(late, &target, sizeof target));
+  listenerThread.join();
+  EXPECT_GE(interruptions, 5);
+  sockaddr_in peerAddress{};
+  EXPECT_EQ(0, getpeername(static_cast<int>(late), reinterpret_cast<sockaddr*>(&peerAddress), &length));
+  for (std::size_t i = 0; i + 1 < fillers.size(); ++i) close(fillers[i]);
+  close(listener);
+  close(static_cast<int>(late));
+}
+
 std::vector<std::uint32_t> AddressesOf(const HostEntry* entry) {
   std::vector<std::uint32_t> addresses;
   for (char** next = entry->addresses; *next != nullptr; ++next) {
@@ -170,7 +237,13 @@ std::vector<std::uint32_t> AddressesOf(const HostEntry* entry) {
   return addresses;
 }
 
-TEST(LookUp, AddressesComeInTheResolversOrder) {
+TEST(LookUp, AllAddressesComeInTheResolversOrder) {
+  const HostEntry* entry = LookUp("several.test");
+  ASSERT_NE(nullptr, entry);
+  EXPECT_EQ((std::vector<std::uint32_t>{htonl(0x0A000003), htonl(0x0A000001), htonl(0x0A000002)}), AddressesOf(entry));
+}
+
+TEST(LookUp, AddressesAreThoseOfTheMachinesResolver) {
   addrinfo hints{};
   hints.ai_family = AF_INET;
   hints.ai_socktype = SOCK_STREAM;
@@ -181,7 +254,9 @@ TEST(LookUp, AddressesComeInTheResolversOrder) {
     expected.push_back(reinterpret_cast<const sockaddr_in*>(info->ai_addr)->sin_addr.s_addr);
   }
   freeaddrinfo(found);
-  EXPECT_EQ(expected, AddressesOf(LookUp("localhost")));
+  const HostEntry* entry = LookUp("localhost");
+  ASSERT_NE(nullptr, entry);
+  EXPECT_EQ(expected, AddressesOf(entry));
 }
 
 TEST(LookUp, AnotherThreadsLookUpLeavesThisOnesEntryAlone) {
