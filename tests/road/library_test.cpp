@@ -1,5 +1,8 @@
 // A host that loads the library, lets it go and loads it again. In a program of its own: nothing else here may keep the
 // library in the process.
+#include <future>
+#include <thread>
+
 #include "road/loaded.h"
 #include "road/road_test.h"
 
@@ -24,6 +27,20 @@ TEST(LibraryRoad, LoadingUnloadingAndLoadingAgainWorks) {
     LoadFetchAndUnload();
   }
   EXPECT_FALSE(IsLoaded(Environment("KESTAPI_LIBRARY")));
+}
+
+TEST(LibraryRoad, AThreadThatCalledItOutlivesTheLibrary) {
+  std::promise<void> called, unloaded;
+  std::thread thread([&] {
+    LoadFetchAndUnload();
+    called.set_value();
+    unloaded.get_future().wait();
+  });
+  called.get_future().wait();
+  EXPECT_FALSE(IsLoaded(Environment("KESTAPI_LIBRARY")));
+  unloaded.set_value();
+  thread.join();  // what the library left with the thread would be called here
+  LoadFetchAndUnload();
 }
 
 TEST(LibraryRoad, ALibraryLoadedAgainKnowsNothingOfBefore) {
