@@ -88,6 +88,33 @@ struct HostEntry {
   char** addresses;
 };
 
+// HKEY. The two roots that the library uses; each open key is closed once, a root never.
+using RegistryHandle = void*;
+inline RegistryHandle CurrentUser() { return reinterpret_cast<RegistryHandle>(static_cast<std::intptr_t>(-0x7FFFFFFF)); }
+inline RegistryHandle LocalMachine() { return reinterpret_cast<RegistryHandle>(static_cast<std::intptr_t>(-0x7FFFFFFE)); }
+
+// Access masks and types of values.
+constexpr std::uint32_t keyRead = 0x20019;
+constexpr std::uint32_t keyAllAccess = 0xF003F;
+constexpr std::uint32_t typeString = 1;  // REG_SZ
+constexpr std::uint32_t typeBinary = 3;  // REG_BINARY
+constexpr std::uint32_t typeNumber = 4;  // REG_DWORD, low byte first
+
+// What the registry calls answer; any other number is a failure too.
+constexpr std::int32_t errorSuccess = 0;
+constexpr std::int32_t errorFileNotFound = 2;
+constexpr std::int32_t errorAccessDenied = 5;
+constexpr std::int32_t errorInvalidHandle = 6;
+constexpr std::int32_t errorNotEnoughMemory = 8;
+constexpr std::int32_t errorWriteFault = 29;
+constexpr std::int32_t errorInvalidParameter = 87;
+constexpr std::int32_t errorMoreData = 234;
+constexpr std::int32_t errorNoMoreItems = 259;
+
+using FileHandle = void*;
+constexpr std::uint32_t invalidFileAttributes = 0xFFFFFFFF;
+constexpr std::uint32_t longestPath = 260;  // MAX_PATH: characters with the final NUL
+
 class System {
  public:
   // Memory. GlobalAlloc: `flags` 0, fixed memory, aligned for any object; null when there is none. A block of 0 bytes is
@@ -134,6 +161,48 @@ class System {
                         void* bits, BitmapInfo* info, std::uint32_t colourUse) = 0;
   virtual bool DeleteDC(DeviceContext context) = 0;
   virtual bool DeleteObject(GraphicsObject object) = 0;
+
+  // Registry. Paths are key names joined by "\\", from 1 to 255 characters each, found without regard to the case of
+  // letters. All answer errorSuccess or why not; then nothing was changed and no handle given. A write either happened
+  // or did not, whenever the process ends. Null texts are empty: the empty path is the key itself, the empty value name
+  // the key's default value.
+  virtual std::int32_t RegOpenKeyExA(RegistryHandle parent, const char* path, std::uint32_t options,
+                                     std::uint32_t access, RegistryHandle* key) = 0;
+  // Opens or makes the key and whatever is missing above it. `options` 0: kept on disk.
+  virtual std::int32_t RegCreateKeyExA(RegistryHandle parent, const char* path, std::uint32_t options,
+                                       std::uint32_t access, RegistryHandle* key) = 0;
+  virtual std::int32_t RegCloseKey(RegistryHandle key) = 0;
+  // `size` holds the bytes that `data` takes and receives the bytes that the value has; a null `data` asks for them
+  // alone. errorMoreData: `data` is too small; what it then holds is of no use. `type` may be null.
+  virtual std::int32_t RegQueryValueExA(RegistryHandle key, const char* name, std::uint32_t* type, void* data,
+                                        std::uint32_t* size) = 0;
+  virtual std::int32_t RegSetValueExA(RegistryHandle key, const char* name, std::uint32_t type, const void* data,
+                                      std::uint32_t size) = 0;
+  // The name of subkey or value `index`, in the registry's order, ended by a NUL; `characters` holds the room in `name`
+  // with the NUL and receives the length without it. errorNoMoreItems behind the last one.
+  virtual std::int32_t RegEnumKeyExA(RegistryHandle key, std::uint32_t index, char* name,
+                                     std::uint32_t* characters) = 0;
+  virtual std::int32_t RegEnumValueA(RegistryHandle key, std::uint32_t index, char* name,
+                                     std::uint32_t* characters) = 0;
+
+  // Files and directories. False, and 0 characters, stand for failure. A path's separators are "\\" and "/".
+  virtual bool CreateDirectoryA(const char* path) = 0;
+  virtual bool WriteFile(FileHandle file, const void* bytes, std::uint32_t count, std::uint32_t* written) = 0;
+  // The low half of the size in bytes; the high half goes to `high`. A failure gives 2^32 - 1 with `high` 0.
+  virtual std::uint32_t GetFileSize(FileHandle file, std::uint32_t* high) = 0;
+  virtual std::uint32_t GetFileAttributesA(const char* path) = 0;  // invalidFileAttributes when there is none
+  virtual bool CopyFileA(const char* from, const char* to, bool failIfExists) = 0;
+  virtual bool DeleteFileA(const char* path) = 0;
+  virtual int _access(const char* path, int mode) = 0;  // mode 0: 0 when the path exists, else -1
+  // These put a path into `buffer` of `capacity` characters and answer its length without the NUL; a length that is not
+  // below `capacity` says what is needed, and nothing was put there. Without such directories: 0.
+  virtual std::uint32_t GetTempPathA(std::uint32_t capacity, char* buffer) = 0;  // ends with a separator
+  virtual std::uint32_t GetWindowsDirectoryA(char* buffer, std::uint32_t capacity) = 0;
+  virtual std::uint32_t GetSystemDirectoryA(char* buffer, std::uint32_t capacity) = 0;
+  // Makes an empty file of a new name, which begins with up to three characters of `prefix`, in `directory` and puts
+  // its path into `name` (longestPath characters). `unique` 0: the system chooses. Answers 0 on failure.
+  virtual std::uint32_t GetTempFileNameA(const char* directory, const char* prefix, std::uint32_t unique,
+                                         char* name) = 0;
 
   // Sockets, blocking. A broken connection raises no signal, an interrupted wait goes on. The int results are 0 for
   // success unless said otherwise.

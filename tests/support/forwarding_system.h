@@ -53,6 +53,55 @@ class ForwardingSystem : public os::System {
   }
   bool DeleteDC(os::DeviceContext context) override { return next.DeleteDC(context); }
   bool DeleteObject(os::GraphicsObject object) override { return next.DeleteObject(object); }
+  std::int32_t RegOpenKeyExA(os::RegistryHandle parent, const char* path, std::uint32_t options, std::uint32_t access,
+                             os::RegistryHandle* key) override {
+    return next.RegOpenKeyExA(parent, path, options, access, key);
+  }
+  std::int32_t RegCreateKeyExA(os::RegistryHandle parent, const char* path, std::uint32_t options,
+                               std::uint32_t access, os::RegistryHandle* key) override {
+    return next.RegCreateKeyExA(parent, path, options, access, key);
+  }
+  std::int32_t RegCloseKey(os::RegistryHandle key) override { return next.RegCloseKey(key); }
+  std::int32_t RegQueryValueExA(os::RegistryHandle key, const char* name, std::uint32_t* type, void* data,
+                                std::uint32_t* size) override {
+    return next.RegQueryValueExA(key, name, type, data, size);
+  }
+  std::int32_t RegSetValueExA(os::RegistryHandle key, const char* name, std::uint32_t type, const void* data,
+                              std::uint32_t size) override {
+    return next.RegSetValueExA(key, name, type, data, size);
+  }
+  std::int32_t RegEnumKeyExA(os::RegistryHandle key, std::uint32_t index, char* name,
+                             std::uint32_t* characters) override {
+    return next.RegEnumKeyExA(key, index, name, characters);
+  }
+  std::int32_t RegEnumValueA(os::RegistryHandle key, std::uint32_t index, char* name,
+                             std::uint32_t* characters) override {
+    return next.RegEnumValueA(key, index, name, characters);
+  }
+  bool CreateDirectoryA(const char* path) override { return next.CreateDirectoryA(path); }
+  bool WriteFile(os::FileHandle file, const void* bytes, std::uint32_t count, std::uint32_t* written) override {
+    return next.WriteFile(file, bytes, count, written);
+  }
+  std::uint32_t GetFileSize(os::FileHandle file, std::uint32_t* high) override { return next.GetFileSize(file, high); }
+  std::uint32_t GetFileAttributesA(const char* path) override { return next.GetFileAttributesA(path); }
+  bool CopyFileA(const char* from, const char* to, bool failIfExists) override {
+    return next.CopyFileA(from, to, failIfExists);
+  }
+  bool DeleteFileA(const char* path) override { return next.DeleteFileA(path); }
+  int _access(const char* path, int mode) override { return next._access(path, mode); }
+  std::uint32_t GetTempPathA(std::uint32_t capacity, char* buffer) override {
+    return next.GetTempPathA(capacity, buffer);
+  }
+  std::uint32_t GetWindowsDirectoryA(char* buffer, std::uint32_t capacity) override {
+    return next.GetWindowsDirectoryA(buffer, capacity);
+  }
+  std::uint32_t GetSystemDirectoryA(char* buffer, std::uint32_t capacity) override {
+    return next.GetSystemDirectoryA(buffer, capacity);
+  }
+  std::uint32_t GetTempFileNameA(const char* directory, const char* prefix, std::uint32_t unique,
+                                 char* name) override {
+    return next.GetTempFileNameA(directory, prefix, unique, name);
+  }
   int WSAStartup(std::uint16_t version, os::SocketLibraryData* data) override { return next.WSAStartup(version, data); }
   int WSACleanup() override { return next.WSACleanup(); }
   os::Socket socket(int family, int type, int protocol) override { return next.socket(family, type, protocol); }

@@ -21,6 +21,8 @@
 
 #include "os/os.h"
 #include "os/posix/calendar.h"
+#include "os/posix/files.h"
+#include "os/posix/registry.h"
 #include "os/posix/sockets.h"
 
 namespace os {
@@ -116,6 +118,51 @@ class PosixSystem final : public System {
   }
   bool DeleteDC(DeviceContext) override { return false; }
   bool DeleteObject(GraphicsObject) override { return false; }
+
+  std::int32_t RegOpenKeyExA(RegistryHandle parent, const char* path, std::uint32_t, std::uint32_t,
+                             RegistryHandle* key) override {
+    return posix::OpenKey(parent, path, key);
+  }
+  std::int32_t RegCreateKeyExA(RegistryHandle parent, const char* path, std::uint32_t, std::uint32_t,
+                               RegistryHandle* key) override {
+    return posix::CreateKey(parent, path, key);
+  }
+  std::int32_t RegCloseKey(RegistryHandle key) override { return posix::CloseKey(key); }
+  std::int32_t RegQueryValueExA(RegistryHandle key, const char* name, std::uint32_t* type, void* data,
+                                std::uint32_t* size) override {
+    return posix::QueryValue(key, name, type, data, size);
+  }
+  std::int32_t RegSetValueExA(RegistryHandle key, const char* name, std::uint32_t type, const void* data,
+                              std::uint32_t size) override {
+    return posix::SetValue(key, name, type, data, size);
+  }
+  std::int32_t RegEnumKeyExA(RegistryHandle key, std::uint32_t index, char* name, std::uint32_t* characters) override {
+    return posix::EnumKey(key, index, name, characters);
+  }
+  std::int32_t RegEnumValueA(RegistryHandle key, std::uint32_t index, char* name, std::uint32_t* characters) override {
+    return posix::EnumValue(key, index, name, characters);
+  }
+
+  bool CreateDirectoryA(const char* path) override { return posix::MakeDirectory(path); }
+  bool WriteFile(FileHandle file, const void* bytes, std::uint32_t count, std::uint32_t* written) override {
+    return posix::WriteDescriptor(file, bytes, count, written);
+  }
+  std::uint32_t GetFileSize(FileHandle file, std::uint32_t* high) override { return posix::SizeOf(file, high); }
+  std::uint32_t GetFileAttributesA(const char* path) override { return posix::AttributesOf(path); }
+  bool CopyFileA(const char* from, const char* to, bool failIfExists) override {
+    return posix::Copy(from, to, failIfExists);
+  }
+  bool DeleteFileA(const char* path) override { return posix::Remove(path); }
+  int _access(const char* path, int mode) override { return posix::Access(path, mode); }
+  std::uint32_t GetTempPathA(std::uint32_t capacity, char* buffer) override {
+    return posix::TempDirectory(capacity, buffer);
+  }
+  std::uint32_t GetWindowsDirectoryA(char*, std::uint32_t) override { return 0; }
+  std::uint32_t GetSystemDirectoryA(char*, std::uint32_t) override { return 0; }
+  std::uint32_t GetTempFileNameA(const char* directory, const char* prefix, std::uint32_t unique,
+                                 char* name) override {
+    return posix::MakeTempFile(directory, prefix, unique, name);
+  }
 
   int WSAStartup(std::uint16_t version, SocketLibraryData* data) override {
     data->version = version;

@@ -4,6 +4,8 @@
 #include <winsock.h>
 #include <windows.h>
 
+#include <io.h>
+
 #include <cstring>
 
 namespace os {
@@ -14,6 +16,8 @@ static_assert(sizeof(SYSTEMTIME) == sizeof(SystemTime) && sizeof(FILETIME) == si
 static_assert(sizeof(POINT) == sizeof(Point) && sizeof(sockaddr_in) == sizeof(SocketAddress), "same layout");
 static_assert(sizeof(hostent) == sizeof(HostEntry) && sizeof(linger) == sizeof(Linger), "same layout");
 static_assert(sizeof(BITMAPINFOHEADER) == offsetof(BitmapInfo, colours), "same layout");
+
+HKEY Key(RegistryHandle key) { return static_cast<HKEY>(key); }
 
 CRITICAL_SECTION* Lock(CriticalSection* lock) { return reinterpret_cast<CRITICAL_SECTION*>(lock); }
 
@@ -107,6 +111,73 @@ class WindowsSystem final : public System {
   }
   bool DeleteDC(DeviceContext context) override { return ::DeleteDC(static_cast<HDC>(context)) != 0; }
   bool DeleteObject(GraphicsObject object) override { return ::DeleteObject(object) != 0; }
+
+  std::int32_t RegOpenKeyExA(RegistryHandle parent, const char* path, std::uint32_t options, std::uint32_t access,
+                             RegistryHandle* key) override {
+    return ::RegOpenKeyExA(Key(parent), path, options, access, reinterpret_cast<HKEY*>(key));
+  }
+  std::int32_t RegCreateKeyExA(RegistryHandle parent, const char* path, std::uint32_t options, std::uint32_t access,
+                               RegistryHandle* key) override {
+    return ::RegCreateKeyExA(Key(parent), path, 0, nullptr, options, access, nullptr, reinterpret_cast<HKEY*>(key),
+                             nullptr);
+  }
+  std::int32_t RegCloseKey(RegistryHandle key) override { return ::RegCloseKey(Key(key)); }
+  std::int32_t RegQueryValueExA(RegistryHandle key, const char* name, std::uint32_t* type, void* data,
+                                std::uint32_t* size) override {
+    DWORD nativeType = 0, nativeSize = *size;
+    const LONG result =
+        ::RegQueryValueExA(Key(key), name, nullptr, &nativeType, static_cast<BYTE*>(data), &nativeSize);
+    if (type != nullptr) *type = nativeType;
+    *size = nativeSize;
+    return result;
+  }
+  std::int32_t RegSetValueExA(RegistryHandle key, const char* name, std::uint32_t type, const void* data,
+                              std::uint32_t size) override {
+    return ::RegSetValueExA(Key(key), name, 0, type, static_cast<const BYTE*>(data), size);
+  }
+  std::int32_t RegEnumKeyExA(RegistryHandle key, std::uint32_t index, char* name, std::uint32_t* characters) override {
+    DWORD length = *characters;
+    const LONG result = ::RegEnumKeyExA(Key(key), index, name, &length, nullptr, nullptr, nullptr, nullptr);
+    *characters = length;
+    return result;
+  }
+  std::int32_t RegEnumValueA(RegistryHandle key, std::uint32_t index, char* name, std::uint32_t* characters) override {
+    DWORD length = *characters;
+    const LONG result = ::RegEnumValueA(Key(key), index, name, &length, nullptr, nullptr, nullptr, nullptr);
+    *characters = length;
+    return result;
+  }
+
+  bool CreateDirectoryA(const char* path) override { return ::CreateDirectoryA(path, nullptr) != 0; }
+  bool WriteFile(FileHandle file, const void* bytes, std::uint32_t count, std::uint32_t* written) override {
+    DWORD done = 0;
+    const bool isWritten = ::WriteFile(file, bytes, count, &done, nullptr) != 0;
+    *written = done;
+    return isWritten;
+  }
+  std::uint32_t GetFileSize(FileHandle file, std::uint32_t* high) override {
+    DWORD nativeHigh = 0;
+    const DWORD low = ::GetFileSize(file, &nativeHigh);
+    *high = low == INVALID_FILE_SIZE && ::GetLastError() != NO_ERROR ? 0 : nativeHigh;
+    return low;
+  }
+  std::uint32_t GetFileAttributesA(const char* path) override { return ::GetFileAttributesA(path); }
+  bool CopyFileA(const char* from, const char* to, bool failIfExists) override {
+    return ::CopyFileA(from, to, failIfExists) != 0;
+  }
+  bool DeleteFileA(const char* path) override { return ::DeleteFileA(path) != 0; }
+  int _access(const char* path, int mode) override { return ::_access(path, mode); }
+  std::uint32_t GetTempPathA(std::uint32_t capacity, char* buffer) override { return ::GetTempPathA(capacity, buffer); }
+  std::uint32_t GetWindowsDirectoryA(char* buffer, std::uint32_t capacity) override {
+    return ::GetWindowsDirectoryA(buffer, capacity);
+  }
+  std::uint32_t GetSystemDirectoryA(char* buffer, std::uint32_t capacity) override {
+    return ::GetSystemDirectoryA(buffer, capacity);
+  }
+  std::uint32_t GetTempFileNameA(const char* directory, const char* prefix, std::uint32_t unique,
+                                 char* name) override {
+    return ::GetTempFileNameA(directory, prefix, unique, name);
+  }
 
   int WSAStartup(std::uint16_t version, SocketLibraryData* data) override {
     WSADATA native{};
