@@ -1,5 +1,5 @@
-// The values of "KEST-Error" that this server answers with, in one table. They are plain decimal below 2^31; 102 stays
-// free, because clients use it for an exchange that failed. Constant data: any thread may read it.
+// The values of "KEST-Error" that this server answers with, made from tables/error_codes.inc. Constant data: any thread
+// may read it.
 #pragma once
 
 namespace sandbox {
@@ -7,13 +7,17 @@ namespace sandbox {
 struct ErrorCode {
   int code;
   const char* meaning;
+  const char* advice;  // what to do about it
 };
 
-constexpr ErrorCode noError = {0, "done"};
-constexpr ErrorCode unknownService = {1001, "the server offers no service of this name"};
-constexpr ErrorCode unknownApplication = {1101, "the catalogue has no application of this GUID"};
-constexpr ErrorCode unknownVersion = {1102, "the catalogue has the application, but not this version of it"};
+#define KEST_ERROR_CODE(identifier, code, meaning, advice) constexpr ErrorCode identifier = {code, meaning, advice};
+#include "tables/error_codes.inc"
+#undef KEST_ERROR_CODE
 
-constexpr ErrorCode errorCodes[] = {noError, unknownService, unknownApplication, unknownVersion};
+constexpr ErrorCode errorCodes[] = {
+#define KEST_ERROR_CODE(identifier, code, meaning, advice) identifier,
+#include "tables/error_codes.inc"
+#undef KEST_ERROR_CODE
+};
 
 }  // namespace sandbox
