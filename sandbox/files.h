@@ -8,6 +8,7 @@ namespace sandbox {
 constexpr const char* privateKeyFile = "private.key";
 constexpr const char* publicKeyFile = "public.key";
 constexpr const char* catalogueFile = "catalogue.json";
+constexpr const char* salesFile = "sales.db";
 
 /// Reads a whole file.
 std::string ReadFile(const std::string& path);

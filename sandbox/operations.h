@@ -1,5 +1,5 @@
-// What the server does for an opened request: the one place where the name of a service meets its handler. Reads the
-// catalogue, which must outlive it; holds no state of its own. One thread at a time may run a service.
+// What the server does for an opened request: the one place where the name of a service meets its handler. Catalogue
+// and ledger are lent to it and must outlive it; it holds no state of its own. One thread at a time may run a service.
 #pragma once
 
 #include <string>
@@ -8,6 +8,7 @@
 #include "catalogue.h"
 #include "error_codes.h"
 #include "fields.h"
+#include "ledger.h"
 
 namespace sandbox {
 
@@ -19,7 +20,7 @@ struct OperationResult {
 
 class Operations {
  public:
-  explicit Operations(const Catalogue& products) : catalogue(products) {}
+  Operations(const Catalogue& products, Ledger& sales) : catalogue(products), ledger(sales) {}
 
   /// Tells whether there is a service of that name (byte for byte).
   static bool Offers(std::string_view service);
@@ -38,6 +39,7 @@ class Operations {
   static const Service services[];
 
   const Catalogue& catalogue;
+  Ledger& ledger;
 };
 
 }  // namespace sandbox

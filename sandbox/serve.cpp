@@ -12,6 +12,7 @@
 #include "files.h"
 #include "http_server.h"
 #include "key_pair.h"
+#include "ledger.h"
 #include "wipe.h"
 
 namespace sandbox {
@@ -101,7 +102,8 @@ void Serve(const ServeOptions& options) {
   const std::string publicText = keyPair.PublicText();
   CheckPublicKey(folder, publicText);
   const Catalogue catalogue = LoadCatalogue(folder);
-  const Operations operations(catalogue);
+  Ledger ledger(folder / salesFile);
+  const Operations operations(catalogue, ledger);
   CommerceServer commerceServer(keyPair, operations, options.sessions, Environment::OfMachine());
 
   HttpServer server(commerceServer, options.http, MakeLog(options.verbose));

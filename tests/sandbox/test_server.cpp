@@ -38,7 +38,8 @@ const sandbox::KeyPair& SharedKey(unsigned bits) {
 TestServer::TestServer(const TestServerOptions& options)
     : key(SharedKey(options.bits)),
       catalogue(sandbox::Catalogue::FromText(options.catalogue)),
-      operations(catalogue),
+      ledger(folder / "sales.db"),
+      operations(catalogue, ledger),
       commerce(key, operations, options.sessions, MakeEnvironment(options.randomFails)),
       server(commerce, options.http, LogTo(log)) {
   server.Listen("127.0.0.1", 0);

@@ -12,6 +12,7 @@
 #include "http_server.h"
 #include "key_pair.h"
 #include "operations.h"
+#include "sandbox/process.h"
 
 namespace sandboxtest {
 
@@ -51,6 +52,8 @@ class TestServer {
   std::atomic<int> elapsed{0};
   const sandbox::KeyPair& key;
   const sandbox::Catalogue catalogue;
+  TemporaryFolder folder;
+  sandbox::Ledger ledger;
   const sandbox::Operations operations;
   sandbox::CommerceServer commerce;
   std::ostringstream log;
