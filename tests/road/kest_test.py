@@ -1,29 +1,16 @@
-"""The command-line host against a live server: kest_test.py COMMAND..., run by scripts/with-sandbox."""
+"""kest products and the command line against a live server."""
 import json
 import os
-import subprocess
-import sys
-import tempfile
 import unittest
 
-COMMAND = []
-GUID = "8E0F7A12-BFB3-4FE8-B9A5-48FD50A15A9A"
-
-
-def kest(*arguments):
-    done = subprocess.run([*COMMAND, *arguments], stdout=subprocess.PIPE, stderr=subprocess.PIPE, timeout=120)
-    return done.returncode, done.stdout.decode().replace("\r", ""), done.stderr.decode().replace("\r", "")
+from kest_host import FileTest, kest, kest_json, main, server_options
 
 
 def products(*more, **changed):
-    options = {"server": os.environ["KEST_SERVER"], "port": os.environ["KEST_PORT"],
-               "key": os.environ["KEST_KEY_FILE"], "guid": GUID, "version-id": "2.1"}
-    options.update({name.replace("_", "-"): value for name, value in changed.items()})
-    arguments = [word for name, value in options.items() for word in ("--" + name, value)]
-    return kest("products", *arguments, *more)
+    return kest("products", *server_options(**{"version_id": "2.1", **changed}), *more)
 
 
-class Products(unittest.TestCase):
+class Products(FileTest):
     def test_a_table_for_people(self):
         code, out, words = products()
         self.assertEqual((0, ""), (code, words))
@@ -38,7 +25,8 @@ class Products(unittest.TestCase):
         code, out, words = products("--json")
         self.assertEqual((0, ""), (code, words))
         document = json.loads(out)
-        self.assertEqual(["products", "reply"], list(document))
+        self.assertEqual(["products", "reply", "error"], list(document))
+        self.assertIsNone(document["error"])
         self.assertEqual({"SKU": "7", "Name": "Blåbärssylt", "Price": "19.95"}, document["products"][1])
 
     def test_no_products_is_no_failure(self):
@@ -49,7 +37,13 @@ class Products(unittest.TestCase):
     def test_an_unknown_application_is_refused_by_the_server(self):
         code, out, words = products(guid="unknown")
         self.assertEqual((4, ""), (code, out))
-        self.assertIn("error code", words)
+        self.assertIn("error code 1101", words)
+
+    def test_a_refusal_stands_in_the_json_with_its_meaning(self):
+        code, document, _ = kest_json("products", *server_options(guid="unknown"))
+        self.assertEqual((4, [], 1101), (code, document["products"], document["error"]["code"]))
+        self.assertIn("GUID", document["error"]["meaning"])
+        self.assertIn("GUID", document["error"]["advice"])
 
     def test_a_proxy_is_used(self):
         proxy = f"{os.environ['KEST_SERVER']}:{os.environ['KEST_PORT']}"
@@ -61,6 +55,8 @@ class Products(unittest.TestCase):
         code, out, words = products(server="127.0.0.1", port="1")
         self.assertEqual((3, ""), (code, out))
         self.assertIn("102", words)
+        code, document, _ = kest_json("products", *server_options(server="127.0.0.1", port="1"))
+        self.assertEqual((3, [], {}, 102), (code, document["products"], document["reply"], document["error"]["code"]))
 
     def test_a_key_file_that_is_not_there_is_named(self):
         code, out, words = products(key="no-such-file.key")
@@ -68,19 +64,12 @@ class Products(unittest.TestCase):
         self.assertIn("no-such-file.key", words)
 
     def test_a_key_that_is_none_is_named(self):
-        with tempfile.TemporaryDirectory() as folder:
-            path = os.path.join(folder, "bad.key")
-            with open(path, "w") as file:
-                file.write("not a key")
-            code, out, words = products(key=path)
+        code, out, words = products(key=self.file("bad.key", "not a key"))
         self.assertEqual((1, ""), (code, out))
         self.assertIn("bad.key", words)
 
     def test_an_empty_key_file_is_called_empty(self):
-        with tempfile.TemporaryDirectory() as folder:
-            path = os.path.join(folder, "empty.key")
-            open(path, "w").close()
-            code, out, words = products(key=path)
+        code, out, words = products(key=self.file("empty.key", ""))
         self.assertEqual((1, ""), (code, out))
         self.assertIn("is empty", words)
 
@@ -115,5 +104,4 @@ class CommandLine(unittest.TestCase):
 
 
 if __name__ == "__main__":
-    COMMAND = sys.argv[1:]
-    unittest.main(argv=sys.argv[:1])
+    main()

@@ -6,6 +6,8 @@
 
 #include <string>
 
+#include "module.h"
+
 namespace kest_host {
 
 // Every function that the hosts here use: X(name in kestapi.h, ordinal).
@@ -38,19 +40,16 @@ namespace kest_host {
 
 class Library {
  public:
-  // Loads the library from `path`, or, when that is empty, from beside the program, then from where the system looks.
-  // Throws std::runtime_error with a sentence for the user when it cannot be loaded or lacks a function.
+  // Opens the library as Module does. Throws std::runtime_error with a sentence for the user when it cannot be loaded or
+  // lacks a function.
   explicit Library(const std::string& path);
-  ~Library();
-  Library(const Library&) = delete;
-  Library& operator=(const Library&) = delete;
 
 #define KEST_HOST_DECLARE(name, ordinal) decltype(&::name) name = nullptr;
   KEST_HOST_FUNCTIONS(KEST_HOST_DECLARE)
 #undef KEST_HOST_DECLARE
 
  private:
-  void* module = nullptr;
+  Module module;
 };
 
 }  // namespace kest_host

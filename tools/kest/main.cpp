@@ -1,40 +1,109 @@
 // kest: a host on the command line, for developers and scripts.
 #include <CLI/CLI.hpp>
+#include <functional>
 #include <iostream>
+#include <sstream>
 
+#include "card.h"
+#include "doctor.h"
 #include "exit_codes.h"
 #include "products.h"
+#include "tables.h"
 
 namespace {
 
-void AddProducts(CLI::App& app, kest_host::ProductsOptions& options) {
-  CLI::App* command = app.add_subcommand("products", "Fetch the product list and show it");
-  command->add_option("--server", options.server, "Commerce server: host name or dotted address")->required();
-  command->add_option("--port", options.port, "Its TCP port")->capture_default_str();
-  command->add_option("--key", options.keyFile, "File with the server's public key text")->required();
-  command->add_option("--guid", options.guid, "GUID of the application");
-  command->add_option("--version-id", options.versionId, "Version of the application that asks");
-  command->add_option("--proxy", options.proxy, "HTTP proxy: HOST or HOST:PORT");
-  command->add_option("--library", options.library, "The library to load instead of the one beside the program");
-  command->add_flag("--json", options.json, "Print JSON instead of a table");
+using kest_host::ServerOptions;
+
+// Every command's options, filled by the parser.
+struct Options {
+  kest_host::ProductsOptions products;
+  kest_host::DoctorOptions doctor;
+  bool cardsJson = false;
+  std::string errorCode;
+  bool errorsJson = false;
+};
+
+void AddLibrary(CLI::App& command, std::string& library, std::string& guid) {
+  command.add_option("--library", library, "The library to load instead of the one beside the program");
+  command.add_option("--guid", guid, "GUID of the application");
+}
+
+void AddJson(CLI::App& command, bool& json) { command.add_flag("--json", json, "Print JSON instead of text"); }
+
+void AddVersionId(CLI::App& command, std::string& versionId) {
+  command.add_option("--version-id", versionId, "Version of the application that asks");
+}
+
+void AddServer(CLI::App& command, ServerOptions& options, bool required) {
+  command.add_option("--server", options.server, "Commerce server: host name or dotted address")->required(required);
+  command.add_option("--port", options.port, "Its TCP port")->capture_default_str();
+  command.add_option("--key", options.keyFile, "File with the server's public key text")->required(required);
+  command.add_option("--proxy", options.proxy, "HTTP proxy: HOST or HOST:PORT");
+  AddLibrary(command, options.library, options.guid);
+}
+
+// Adds a command whose action runs when it was the one that was asked for.
+CLI::App& AddCommand(CLI::App& app, const char* name, const char* words, std::function<int()>& chosen,
+                     std::function<int()> action) {
+  CLI::App* command = app.add_subcommand(name, words);
+  command->callback([&chosen, action = std::move(action)] { chosen = action; });
+  return *command;
+}
+
+void AddCommands(CLI::App& app, Options& options, std::function<int()>& chosen) {
+  using namespace kest_host;
+  CLI::App& products = AddCommand(app, "products", "Fetch the product list and show it", chosen,
+                                  [&options] { return RunProducts(options.products); });
+  AddServer(products, options.products.server, true);
+  AddVersionId(products, options.products.versionId);
+  AddJson(products, options.products.json);
+
+  CLI::App& cards = AddCommand(app, "cards", "Show the cards that the sandbox knows", chosen,
+                               [&options] { return RunCards(options.cardsJson); });
+  AddJson(cards, options.cardsJson);
+
+  CLI::App& errors = AddCommand(app, "errors", "Show what error codes mean", chosen,
+                                [&options] { return RunErrors(options.errorCode, options.errorsJson); });
+  errors.add_option("code", options.errorCode, "Only this code");
+  AddJson(errors, options.errorsJson);
+
+  CLI::App& doctor = AddCommand(app, "doctor", "Look what is wrong with the library, the key and the server", chosen,
+                                [&options] { return RunDoctor(options.doctor); });
+  AddServer(doctor, options.doctor.server, false);
+  AddVersionId(doctor, options.doctor.versionId);
+  AddJson(doctor, options.doctor.json);
+}
+
+int Run(int argc, char** argv) {
+  CLI::App app("kest: talks to a commerce server through the KESTAPI library", "kest");
+  app.require_subcommand(1);
+  app.footer(
+      "Exit codes: 0 done, 1 failed on this machine, 2 usage, 3 no valid answer from the server,\n"
+      "4 refused by the server, 5 no such error code.");
+  Options options;
+  std::function<int()> chosen;
+  AddCommands(app, options, chosen);
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::Success& request) {
+    return app.exit(request);
+  } catch (const CLI::ParseError& error) {
+    // The parser repeats what it did not understand, which may be a card number.
+    std::ostringstream words;
+    app.exit(error, words, words);
+    std::cerr << kest_host::HideCards(words.str());
+    return kest_host::exitUsage;
+  }
+  return chosen();
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
-  CLI::App app("kest: talks to a commerce server through the KESTAPI library", "kest");
-  app.require_subcommand(1);
-  app.footer("Exit codes: 0 done, 1 failed on this machine, 2 usage, 3 no valid answer from the server,\n"
-             "4 refused by the server.");
-  kest_host::ProductsOptions products;
-  AddProducts(app, products);
   try {
-    app.parse(argc, argv);
-    return kest_host::RunProducts(products);
-  } catch (const CLI::Success& request) {
-    return app.exit(request);
-  } catch (const CLI::ParseError& error) {
-    app.exit(error, std::cerr, std::cerr);
+    return Run(argc, argv);
+  } catch (const kest_host::UsageError& error) {
+    std::cerr << "kest: " << error.what() << '\n';
     return kest_host::exitUsage;
   } catch (const std::exception& error) {
     std::cerr << "kest: " << error.what() << '\n';

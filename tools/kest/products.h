@@ -1,19 +1,15 @@
 // kest products: fetches a product list and shows it.
 #pragma once
 
-#include <cstdint>
 #include <string>
+
+#include "session.h"
 
 namespace kest_host {
 
 struct ProductsOptions {
-  std::string library;  // path; empty: the one beside the program
-  std::string server;
-  std::uint16_t port = 80;
-  std::string keyFile;
-  std::string guid;
+  ServerOptions server;
   std::string versionId;
-  std::string proxy;  // HOST[:PORT]; empty: none
   bool json = false;
 };
 
