@@ -4,11 +4,15 @@
 #include <nlohmann/json.hpp>
 #include <set>
 
+#include "decimal.h"
+
 namespace sandbox {
 namespace {
 
 // Keeps the keys of an object in the order of the file: products are shown to the client in it.
 using Json = nlohmann::ordered_json;
+
+constexpr const char* spaceAtAnEnd = "a space at the beginning or at the end would be lost";
 
 [[noreturn]] void Fail(const std::string& place, const std::string& what) {
   throw CatalogueError(place + ": " + what);
@@ -16,10 +20,6 @@ using Json = nlohmann::ordered_json;
 
 bool IsControl(char c) {
   return static_cast<unsigned char>(c) < 0x20 || c == 0x7f;
-}
-
-bool IsDigit(char c) {
-  return c >= '0' && c <= '9';
 }
 
 // Names the place of a key; a key that could disturb the message is shown as JSON writes it.
@@ -34,7 +34,7 @@ void CheckCarried(const std::string& text, const std::string& place) {
     Fail(place, "line ends and other control characters cannot be carried");
   }
   if (!text.empty() && (text.front() == ' ' || text.back() == ' ')) {
-    Fail(place, "a space at the beginning or at the end would be lost");
+    Fail(place, spaceAtAnEnd);
   }
 }
 
@@ -51,16 +51,16 @@ std::string ValueText(const Json& value, const std::string& place) {
                                       : "a value is a text or a whole number");
 }
 
-void CheckSku(const std::string& sku, const std::string& place) {
-  const bool digits = !sku.empty() && sku.size() <= 10 && std::all_of(sku.begin(), sku.end(), IsDigit);
-  if (!digits || std::stoull(sku) > 0xffffffffu) Fail(place, "an SKU is a decimal number of 0 to 4294967295");
+std::uint32_t ReadSku(const std::string& text, const std::string& place) {
+  const std::optional<std::uint64_t> sku = text.size() <= 10 ? ReadDecimal(text) : std::nullopt;
+  if (!sku || *sku > 0xffffffffu) Fail(place, "an SKU is a decimal number of 0 to 4294967295");
+  return static_cast<std::uint32_t>(*sku);
 }
 
-void CheckPrice(const std::string& price, const std::string& place) {
-  const std::size_t point = price.find('.');
-  const bool decimal = point != std::string::npos && point > 0 && point <= 9 && price.size() == point + 3 &&
-                       std::count_if(price.begin(), price.end(), IsDigit) == static_cast<long>(price.size()) - 1;
-  if (!decimal) Fail(place, "a price is text with two decimals, such as \"19.95\"");
+Cents ReadPrice(const std::string& text, const std::string& place) {
+  const std::optional<Cents> price = ReadAmount(text);
+  if (!price) Fail(place, "a price is text with two decimals, such as \"19.95\"");
+  return *price;
 }
 
 std::string RecordText(const FieldList& fields) {
@@ -85,8 +85,8 @@ Product ReadProduct(const Json& json, const std::string& place) {
   for (const char* name : {"SKU", "Name", "Price"}) {
     if (FieldOrEmpty(product.fields, name).empty()) Fail(place, std::string("\"") + name + "\" is missing or empty");
   }
-  CheckSku(*FindField(product.fields, "SKU"), place + ".SKU");
-  CheckPrice(*FindField(product.fields, "Price"), place + ".Price");
+  product.sku = ReadSku(*FindField(product.fields, "SKU"), place + ".SKU");
+  product.price = ReadPrice(*FindField(product.fields, "Price"), place + ".Price");
   product.record = RecordText(product.fields);
   return product;
 }
@@ -114,19 +114,37 @@ void CheckKeys(const Json& object, const std::set<std::string>& known, const std
   }
 }
 
+// A sale is made in the application's name when it has one, so the name has to be carried like a merchant.
+std::string ReadMerchant(const Json& json, const std::string& place) {
+  std::string merchant = "KESTAPI sandbox";
+  for (const char* key : {"name", "merchant"}) {
+    if (!json.contains(key)) continue;
+    merchant = ReadText(json, key, place);
+    if (merchant.front() == ' ' || merchant.back() == ' ') Fail(place + "." + key, spaceAtAnEnd);
+  }
+  return merchant;
+}
+
+int ReadTaxRate(const Json& json, const std::string& place) {
+  if (!json.contains("taxPercent")) return 0;
+  const std::optional<int> rate = ReadPercent(ReadText(json, "taxPercent", place));
+  if (!rate) Fail(place + ".taxPercent", "a tax is text from 0 to 100 with at most two decimals, such as \"8.25\"");
+  return *rate;
+}
+
 Application ReadApplication(const Json& json, const std::string& place) {
-  CheckKeys(json, {"guid", "name", "version", "products"}, place);
+  CheckKeys(json, {"guid", "name", "version", "merchant", "taxPercent", "products"}, place);
   Application application;
   application.guid = ReadText(json, "guid", place);
-  if (json.contains("name")) ReadText(json, "name", place);
   if (json.contains("version")) application.version = ReadText(json, "version", place);
-  std::set<unsigned long long> skus;
+  application.merchant = ReadMerchant(json, place);
+  application.taxRate = ReadTaxRate(json, place);
   const Json& products = ReadArray(json, "products", place);
   for (std::size_t i = 0; i < products.size(); i++) {
     const std::string here = place + ".products[" + std::to_string(i) + "]";
     application.products.push_back(ReadProduct(products[i], here));
-    const std::string& sku = *FindField(application.products.back().fields, "SKU");
-    if (!skus.insert(std::stoull(sku)).second) Fail(here + ".SKU", "another product has this SKU already");
+    const bool first = application.bySku.emplace(application.products.back().sku, i).second;
+    if (!first) Fail(here + ".SKU", "another product has this SKU already");
   }
   return application;
 }
@@ -157,6 +175,7 @@ Catalogue Catalogue::FromText(std::string_view text) {
     if (std::any_of(catalogue.applications.begin(), catalogue.applications.end(), same)) {
       Fail(place, "another entry has this guid and version already");
     }
+    for (const Product& product : application.products) catalogue.firstWithSku.emplace(product.sku, i);
     catalogue.applications.push_back(std::move(application));
   }
   return catalogue;
@@ -175,6 +194,17 @@ const Application* Catalogue::Find(std::string_view guid, std::string_view versi
     if (entry.version && *entry.version == version) return &entry;
   }
   return forEveryVersion;
+}
+
+std::optional<Offer> Catalogue::FindSku(std::uint32_t sku, const Application* application) const {
+  if (!application) {
+    const auto first = firstWithSku.find(sku);
+    if (first == firstWithSku.end()) return std::nullopt;
+    application = &applications[first->second];
+  }
+  const auto found = application->bySku.find(sku);
+  if (found == application->bySku.end()) return std::nullopt;
+  return Offer{application, &application->products[found->second]};
 }
 
 }  // namespace sandbox

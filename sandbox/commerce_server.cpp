@@ -123,6 +123,7 @@ SealedReply CommerceServer::AnswerRequest(const RequestHead& head, const std::st
   SealedReply reply;
   reply.body = SealReply(replyFields, session.key);
   reply.failed = result.error.code != noError.code;
+  reply.serverFailed = result.serverFailed;
   reply.summary = InSession(session) + ", " + result.summary;
   if (reply.failed) reply.summary += " (KEST-Error " + std::to_string(result.error.code) + ")";
   return reply;

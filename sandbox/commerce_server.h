@@ -20,9 +20,10 @@ struct SessionLimits {
 };
 
 struct SealedReply {
-  std::string body;     // base64
-  std::string summary;  // one line for the log, free of secrets
-  bool failed = false;  // true when the reply tells the client of an error code
+  std::string body;           // base64
+  std::string summary;        // one line for the log, free of secrets
+  bool failed = false;        // true when the reply tells the client of an error code
+  bool serverFailed = false;  // true when that code tells of a failure of the server itself
 };
 
 class CommerceServer {

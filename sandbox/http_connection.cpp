@@ -96,7 +96,8 @@ void HttpConnection::AnswerRequest() {
   try {
     SealedReply sealed = context.commerceServer.Answer(*head, body);
     const auto spent = std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::steady_clock::now() - began);
-    context.log->log(sealed.failed ? spdlog::level::warn : spdlog::level::info,
+    const auto told = sealed.failed ? spdlog::level::warn : spdlog::level::info;
+    context.log->log(sealed.serverFailed ? spdlog::level::err : told,
                      "{}: answered with 200, {} bytes in, {} bytes out, {} ms: {}", About(), body.size(),
                      sealed.body.size(), spent.count(), sealed.summary);
     Reply(200, std::move(sealed.body));

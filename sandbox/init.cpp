@@ -15,6 +15,8 @@ constexpr const char* sampleCatalogue = R"({
     {
       "guid": "{6F1D2A54-93C7-4B0E-8E21-5A7C0D94B3F6}",
       "name": "Lantern, a sample application",
+      "merchant": "Lantern Workshop",
+      "taxPercent": "8.25",
       "products": [
         {"SKU": 1042, "Name": "Lantern Standard", "Price": "29.00", "Description": "One seat: the editor and its help"},
         {"SKU": 1043, "Name": "Lantern Studio", "Price": "79.50", "Description": "Three seats, with batch processing"},
@@ -26,6 +28,8 @@ constexpr const char* sampleCatalogue = R"({
       "guid": "{6F1D2A54-93C7-4B0E-8E21-5A7C0D94B3F6}",
       "name": "Lantern, what users of version 0.9 are offered",
       "version": "0.9",
+      "merchant": "Lantern Workshop",
+      "taxPercent": "8.25",
       "products": [
         {"SKU": 2001, "Name": "Upgrade to Lantern Standard", "Price": "12.00", "Description": "For owners of 0.9"},
         {"SKU": 7, "Name": "Brush collection", "Price": "4.95", "Description": "120 brushes: ink, chalk and oil"}

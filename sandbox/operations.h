@@ -14,9 +14,13 @@ namespace sandbox {
 
 struct OperationResult {
   ErrorCode error;
-  FieldList fields;     // "KEST-Error" first; without the fields of the sealed exchange
-  std::string summary;  // for the log: no value of a request but a GUID that the catalogue has
+  FieldList fields;           // "KEST-Error" first; without the fields of the sealed exchange
+  std::string summary;        // for the log: no value of a request but a GUID or transaction that the server has itself
+  bool serverFailed = false;  // true when the fault is the server's own, and not the request's
 };
+
+/// Makes an answer of "KEST-Error" alone; when it is not 0 its meaning is added to the summary.
+OperationResult ResultOf(const ErrorCode& error, const std::string& summary);
 
 class Operations {
  public:
@@ -26,17 +30,21 @@ class Operations {
   static bool Offers(std::string_view service);
 
   /// Runs the service of that name. An unknown service, like every refusal of a service, is an answer with an error
-  /// code.
+  /// code; so is a failure of the ledger.
   OperationResult Run(std::string_view service, const FieldList& request) const;
 
  private:
   OperationResult GetProductList(const FieldList& request) const;
+  OperationResult BillCustomer(const FieldList& request) const;
+  OperationResult GetBill(const FieldList& request) const;
 
   struct Service {
     std::string_view name;
     OperationResult (Operations::*handler)(const FieldList& request) const;
   };
   static const Service services[];
+
+  OperationResult RunSafely(const Service& service, const FieldList& request) const;
 
   const Catalogue& catalogue;
   Ledger& ledger;

@@ -96,6 +96,7 @@ std::shared_ptr<spdlog::logger> MakeLog(bool verbose) {
 
 void Serve(const ServeOptions& options) {
   std::signal(SIGPIPE, SIG_IGN);
+  std::signal(SIGXFSZ, SIG_IGN);  // a file at its size limit is a sale that fails, not the server's end
   const std::filesystem::path folder = options.folder;
   const ListenAddress listen = ParseListen(options.listen);
   const KeyPair keyPair = LoadKeyPair(folder);

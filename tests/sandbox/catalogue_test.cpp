@@ -20,6 +20,10 @@ std::string WithField(const std::string& field) {
   return WithProduct(R"({"SKU": 2, "Name": "b", "Price": "1.00", )" + field + "}");
 }
 
+std::string WithKey(const std::string& key) {
+  return R"({"applications": [{"guid": "g", "products": [], )" + key + "}]}";
+}
+
 struct Fault {
   const char* name;
   std::string text;
@@ -78,6 +82,14 @@ const Fault faults[] = {
     {"VersionThatIsNoText", R"({"applications": [{"guid": "g", "version": 1, "products": []}]})",
      "applications[0]: ", "\"version\""},
     {"ProductsMissing", R"({"applications": [{"guid": "g"}]})", "applications[0]: ", "\"products\" must be an array"},
+    {"MerchantEmpty", WithKey(R"("merchant": "")"), "applications[0]: ", "\"merchant\""},
+    {"MerchantWithALineEnd", WithKey(R"("merchant": "a\nb")"), "applications[0].merchant: ", "control"},
+    {"MerchantWithASpaceAtTheEnd", WithKey(R"("merchant": "a ")"), "applications[0].merchant: ", "space"},
+    {"NameWithASpaceAtTheBeginning", WithKey(R"("name": " a")"), "applications[0].name: ", "space"},
+    {"NameThatIsNoText", WithKey(R"("name": 1)"), "applications[0]: ", "\"name\""},
+    {"TaxAsNumber", WithKey(R"("taxPercent": 8)"), "applications[0]: ", "\"taxPercent\""},
+    {"TaxWithThreeDecimals", WithKey(R"("taxPercent": "8.255")"), "applications[0].taxPercent: ", "8.25"},
+    {"TaxAboveAHundred", WithKey(R"("taxPercent": "100.01")"), "applications[0].taxPercent: ", "100"},
     {"EntryTwice", R"({"applications": [{"guid": "g", "products": []}, {"guid": "G", "products": []}]})",
      "applications[1]: ", "another entry"},
 };
