@@ -41,7 +41,7 @@ TEST(HttpServer, ConnectionsBeyondTheLimitAreServedWhenOneEnds) {
   const std::string body = client.HandshakeBody(client.HandshakeFields());
   Socket first(server.Port());
   Socket second(server.Port());
-  ASSERT_TRUE(second.Send(client.Head("/GetBill", body.size()) + body));
+  ASSERT_TRUE(second.Send(client.Head("/GetGift", body.size()) + body));
   EXPECT_FALSE(second.AnswersWithin(200));
   ASSERT_TRUE(first.Send(client.Head("/GetProductList", body.size()) + body));
   EXPECT_EQ(ReadReply(first).status, 200);
