@@ -19,6 +19,8 @@ void Init(const InitOptions& options);
 struct ServeOptions {
   std::string folder;
   std::string listen = "127.0.0.1:0";
+  std::string admin;   // address and port of the admin port; empty: there is none
+  std::string faults;  // file of faults; empty: none are asked for at the start
   SessionLimits sessions;
   HttpLimits http;
   bool verbose = false;

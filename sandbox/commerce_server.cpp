@@ -4,6 +4,7 @@
 
 #include "base64.h"
 #include "log_text.h"
+#include "masking.h"
 #include "refusal.h"
 #include "wipe.h"
 
@@ -60,6 +61,47 @@ void AddReplyFields(FieldList& fields, const Session& session) {
   fields.push_back({"KEST-Protocol-Version", protocolVersion});
 }
 
+void ChangeChallenge(FieldList& fields, std::string_view name) {
+  for (Field& field : fields) {
+    if (field.name == name) field.value.front() = field.value.front() == 'A' ? 'B' : 'A';
+  }
+}
+
+void ChangeField(FieldList& fields, const Fault& fault) {
+  const auto same = [&](const Field& field) { return EqualIgnoringCase(field.name, fault.name); };
+  if (!fault.value) {
+    fields.erase(std::remove_if(fields.begin(), fields.end(), same), fields.end());
+    return;
+  }
+  const auto found = std::find_if(fields.begin(), fields.end(), same);
+  if (found != fields.end()) {
+    found->value = *fault.value;
+  } else {
+    fields.push_back({fault.name, *fault.value});
+  }
+}
+
+void ApplyToFields(FieldList& fields, const Fault& fault) {
+  if (fault.kind == FaultKind::WrongClientChallenge) ChangeChallenge(fields, "KEST-Auth-Client-RAC");
+  if (fault.kind == FaultKind::ChangedServerChallenge) ChangeChallenge(fields, "KEST-Auth-Server-RAC");
+  if (fault.kind == FaultKind::Field) ChangeField(fields, fault);
+}
+
+SealFault SealFaultOf(const Fault* fault) {
+  if (!fault) return SealFault::None;
+  if (fault->kind == FaultKind::WrongDigest) return SealFault::WrongDigest;
+  if (fault->kind == FaultKind::DigestWithoutZero) return SealFault::DigestWithoutZero;
+  if (fault->kind == FaultKind::BadPadding) return SealFault::BadPadding;
+  if (fault->kind == FaultKind::BadBase64) return SealFault::BadBase64;
+  return SealFault::None;
+}
+
+std::string Seal(FieldList& fields, const SessionKey& key, const Fault* fault, RequestRecord* record) {
+  if (fault) ApplyToFields(fields, *fault);
+  if (record) record->reply = ShownFields(fields);
+  return SealReply(fields, key, SealFaultOf(fault));
+}
+
 std::string InSession(const Session& session) {
   return "session " + std::to_string(session.number);
 }
@@ -73,14 +115,18 @@ CommerceServer::CommerceServer(const KeyPair& serverKey, const Operations& servi
       environment(std::move(machine)),
       sessions(limits.lifetime, limits.most, environment.now) {}
 
-SealedReply CommerceServer::Answer(const RequestHead& head, const std::string& body) {
-  return head.connectionId.empty() ? AnswerHandshake(head, body) : AnswerRequest(head, body);
+SealedReply CommerceServer::Answer(const RequestHead& head, const std::string& body, const Fault* fault,
+                                   RequestRecord* record) {
+  return head.connectionId.empty() ? AnswerHandshake(head, body, fault, record)
+                                   : AnswerRequest(head, body, fault, record);
 }
 
-SealedReply CommerceServer::AnswerHandshake(const RequestHead& head, const std::string& body) {
+SealedReply CommerceServer::AnswerHandshake(const RequestHead& head, const std::string& body, const Fault* fault,
+                                            RequestRecord* record) {
   CheckHandshakePath(head.path);
   FieldList fields = OpenHandshake(body, keyPair);
   const WipedAtEnd fieldsWiped(fields);
+  if (record) record->request = ShownFields(fields);
   CheckHandshakeFields(fields);
   std::string random = environment.randomBytes(challengeLength);
   const WipedAtEnd randomWiped(random);
@@ -95,7 +141,7 @@ SealedReply CommerceServer::AnswerHandshake(const RequestHead& head, const std::
   AddReplyFields(replyFields, session);
 
   SealedReply reply;
-  reply.body = SealReply(replyFields, session.key);
+  reply.body = Seal(replyFields, session.key, fault, record);
   const std::string_view service = std::string_view(head.path).substr(1);
   reply.summary = "handshake for " + LogText(service, Operations::Offers(service)) + ", opened " + InSession(session);
   sessions.Add(connectionId, std::move(session));
@@ -103,10 +149,12 @@ SealedReply CommerceServer::AnswerHandshake(const RequestHead& head, const std::
   return reply;
 }
 
-SealedReply CommerceServer::AnswerRequest(const RequestHead& head, const std::string& body) {
+SealedReply CommerceServer::AnswerRequest(const RequestHead& head, const std::string& body, const Fault* fault,
+                                          RequestRecord* record) {
   const Session session = sessions.Take(head.connectionId);
   FieldList fields = OpenRequest(body, session.key);
   const WipedAtEnd fieldsWiped(fields);
+  if (record) record->request = ShownFields(fields);
   CheckVersion(fields);
   if (FieldOrEmpty(fields, "KEST-Auth-Client-RAC") != session.clientChallenge) throw Refused(Refusal::ClientChallenge);
   if (FieldOrEmpty(fields, "KEST-Auth-Server-RAC") != session.serverChallenge) throw Refused(Refusal::ServerChallenge);
@@ -121,7 +169,7 @@ SealedReply CommerceServer::AnswerRequest(const RequestHead& head, const std::st
   replyFields.insert(replyFields.end(), result.fields.begin(), result.fields.end());
 
   SealedReply reply;
-  reply.body = SealReply(replyFields, session.key);
+  reply.body = Seal(replyFields, session.key, fault, record);
   reply.failed = result.error.code != noError.code;
   reply.serverFailed = result.serverFailed;
   reply.summary = InSession(session) + ", " + result.summary;

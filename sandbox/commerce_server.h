@@ -7,9 +7,11 @@
 #include <string>
 
 #include "environment.h"
+#include "fault.h"
 #include "key_pair.h"
 #include "operations.h"
 #include "request_check.h"
+#include "request_log.h"
 #include "session_table.h"
 
 namespace sandbox {
@@ -31,12 +33,20 @@ class CommerceServer {
   CommerceServer(const KeyPair& serverKey, const Operations& services, SessionLimits limits, Environment machine);
 
   /// Answers a handshake (the head names no connection) or the request of a session. A session is used up as soon as a
-  /// request names it, whatever comes of that request. Throws Refused.
-  SealedReply Answer(const RequestHead& head, const std::string& body);
+  /// request names it, whatever comes of that request. A fault that lies in the seal or in what it covers is done, any
+  /// other left to the caller. The fields of request and reply go into the record, as they may be shown. Both may be
+  /// null. Throws Refused.
+  SealedReply Answer(const RequestHead& head, const std::string& body, const Fault* fault = nullptr,
+                     RequestRecord* record = nullptr);
+
+  /// Returns the number of sessions that are open.
+  std::size_t Sessions() { return sessions.Held(); }
 
  private:
-  SealedReply AnswerHandshake(const RequestHead& head, const std::string& body);
-  SealedReply AnswerRequest(const RequestHead& head, const std::string& body);
+  SealedReply AnswerHandshake(const RequestHead& head, const std::string& body, const Fault* fault,
+                              RequestRecord* record);
+  SealedReply AnswerRequest(const RequestHead& head, const std::string& body, const Fault* fault,
+                            RequestRecord* record);
 
   const KeyPair& keyPair;
   const Operations& operations;

@@ -2,12 +2,15 @@
 
 #include <spdlog/spdlog.h>
 
+#include <array>
 #include <boost/asio/buffer.hpp>
 #include <boost/asio/read_until.hpp>
+#include <boost/asio/write.hpp>
 #include <boost/beast/http/read.hpp>
-#include <boost/beast/http/write.hpp>
+#include <boost/beast/http/status.hpp>
 
 #include "log_text.h"
+#include "masking.h"
 
 namespace sandbox {
 namespace {
@@ -25,18 +28,26 @@ bool IsMalformed(const boost::system::error_code& error) {
   return fromParser && error != http::error::partial_message && error != http::error::end_of_stream;
 }
 
+std::string ReasonOf(int status) {
+  const auto known = http::int_to_status(static_cast<unsigned>(status));
+  const auto reason = http::obsolete_reason(known);
+  return known == http::status::unknown ? "Unknown" : std::string(reason.data(), reason.size());
+}
+
 }  // namespace
 
 HttpConnection::HttpConnection(Tcp::socket connected, ConnectionContext& shared,
                                std::function<void(HttpConnection*)> whenOver)
     : socket(std::move(connected)),
       timer(socket.get_executor()),
+      delay(socket.get_executor()),
       context(shared),
       over(std::move(whenOver)),
       began(std::chrono::steady_clock::now()) {
   Error ignored;
   const Tcp::endpoint end = socket.remote_endpoint(ignored);
   peer = end.address().to_string() + ":" + std::to_string(end.port());
+  if (context.requests) record.emplace();
 }
 
 HttpConnection::~HttpConnection() {
@@ -56,6 +67,10 @@ void HttpConnection::CloseIfIdle() {
   Error error;
   if (begun || socket.available(error) > 0) return;
   socket.cancel(error);
+}
+
+void HttpConnection::EndDelay() {
+  delay.cancel();
 }
 
 void HttpConnection::ReadHead() {
@@ -85,22 +100,43 @@ void HttpConnection::ReadBody() {
 }
 
 void HttpConnection::OnBody(Error error) {
-  if (!error && buffer.size() > 0) return Refuse(Refusal::BodyTooLong);
-  if (!error) return AnswerRequest();
-  if (IsMalformed(error)) return Refuse(Refusal::HeadNotHttp);
-  RefuseIncomplete(error);
+  if (error) return IsMalformed(error) ? Refuse(Refusal::HeadNotHttp) : RefuseIncomplete(error);
+  FindFaults();
+  // Before the look at what follows the body: a client that is told 411 announces no body and sends it all the same.
+  const Fault* fault = plan.Main();
+  if (fault && fault->kind == FaultKind::Status) return AnswerStatus(*fault);
+  if (buffer.size() > 0) return Refuse(Refusal::BodyTooLong);
+  AnswerRequest();
+}
+
+void HttpConnection::FindFaults() {
+  if (!context.faults) return;
+  const FaultPlace place = head->connectionId.empty() ? FaultPlace::Handshake : FaultPlace::Request;
+  plan = context.faults->Find(place, std::string_view(head->path).substr(1));
+}
+
+void HttpConnection::AnswerStatus(const Fault& fault) {
+  HttpReply answer;
+  answer.status = fault.status;
+  answer.reason = fault.reason;
+  if (fault.location) answer.fields = "Location: " + *fault.location + "\r\n";
+  answer.body = "a fault asked for this status\n";
+  context.log->info("{}: answered with {} and not served{}", About(), fault.status, FaultsApplied());
+  Reply(std::move(answer), &fault);
 }
 
 void HttpConnection::AnswerRequest() {
   const std::string& body = parser.get().body();
   try {
-    SealedReply sealed = context.commerceServer.Answer(*head, body);
+    SealedReply sealed = context.commerceServer.Answer(*head, body, plan.Main(), record ? &*record : nullptr);
     const auto spent = std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::steady_clock::now() - began);
     const auto told = sealed.failed ? spdlog::level::warn : spdlog::level::info;
     context.log->log(sealed.serverFailed ? spdlog::level::err : told,
-                     "{}: answered with 200, {} bytes in, {} bytes out, {} ms: {}", About(), body.size(),
-                     sealed.body.size(), spent.count(), sealed.summary);
-    Reply(200, std::move(sealed.body));
+                     "{}: answered with 200, {} bytes in, {} bytes out, {} ms: {}{}", About(), body.size(),
+                     sealed.body.size(), spent.count(), sealed.summary, FaultsApplied());
+    HttpReply answer;
+    answer.body = std::move(sealed.body);
+    Reply(std::move(answer), plan.Main());
   } catch (const Refused& refused) {
     Refuse(refused.refusal);
   } catch (const std::exception& error) {
@@ -110,11 +146,18 @@ void HttpConnection::AnswerRequest() {
 }
 
 void HttpConnection::Refuse(Refusal refusal) {
-  const int status = RefusalStatus(refusal);
-  const std::string reason = RefusalReason(refusal);
-  context.log->warn("{}: refused with {}: {}", About(), status, reason);
-  if (refusal == Refusal::Method) reply.set(http::field::allow, "GET");
-  Reply(status, reason + "\n");
+  HttpReply answer;
+  answer.status = RefusalStatus(refusal);
+  answer.body = RefusalReason(refusal);
+  context.log->warn("{}: refused with {}: {}", About(), answer.status, answer.body);
+  if (record) {
+    record->refusal = answer.body;
+    record->reply.clear();
+  }
+  answer.body += "\n";
+  if (refusal == Refusal::Method) answer.fields = "Allow: GET\r\n";
+  plan = {};
+  Reply(std::move(answer));
 }
 
 // The request did not arrive whole. Nobody is told when nothing arrived at all: that was a probe, or the server stops.
@@ -127,15 +170,22 @@ void HttpConnection::RefuseIncomplete(Error error) {
   context.log->warn("{}: the connection broke before the whole request had arrived: {}", About(), error.message());
 }
 
-void HttpConnection::Reply(int status, std::string body) {
+// What a fault asks for is remembered at once; its delay is for the client alone.
+void HttpConnection::Reply(HttpReply toSend, const Fault* fault) {
   replying = true;
-  reply.version(10);
-  reply.result(static_cast<unsigned>(status));
-  reply.set(http::field::content_type, "text/plain");
-  reply.body() = std::move(body);
-  reply.prepare_payload();
+  if (toSend.reason.empty()) toSend.reason = ReasonOf(toSend.status);
+  Remember(toSend.status);
+  reply = WriteReply(std::move(toSend), fault);
+  if (plan.Delay().count() == 0 || context.stopping) return Send();
+  timer.cancel();
+  delay.expires_after(plan.Delay());
+  delay.async_wait([self = shared_from_this()](Error) { self->Send(); });
+}
+
+void HttpConnection::Send() {
   StartTimer(context.limits.clientTime);
-  http::async_write(socket, reply, [self = shared_from_this()](Error error, std::size_t) {
+  const std::array<asio::const_buffer, 2> bytes = {asio::buffer(reply.head), asio::buffer(reply.body)};
+  asio::async_write(socket, bytes, [self = shared_from_this()](Error error, std::size_t) {
     if (error) return self->context.log->warn("{}: the reply was not taken: {}", self->About(), error.message());
     Error ignored;
     self->socket.shutdown(Tcp::socket::shutdown_send, ignored);
@@ -174,6 +224,27 @@ std::string HttpConnection::About() const {
   if (!head) return peer;
   const std::string_view service = std::string_view(head->path).substr(1);
   return peer + " /" + LogText(service, Operations::Offers(service));
+}
+
+// Counts the faults of the plan as applied; returns what the log says of them.
+std::string HttpConnection::FaultsApplied() {
+  if (plan.faults.empty()) return "";
+  context.faults->Spend(plan);
+  std::string text;
+  for (const std::string& kind : plan.Kinds()) text += ", fault: " + kind;
+  return text;
+}
+
+void HttpConnection::Remember(int status) {
+  if (!record) return;
+  record->peer = peer;
+  record->status = status;
+  record->faults = plan.Kinds();
+  if (head) {
+    record->path = ShownText(head->path);
+    record->kind = head->connectionId.empty() ? "handshake" : "request";
+  }
+  context.requests->Add(std::move(*record));
 }
 
 }  // namespace sandbox

@@ -7,7 +7,6 @@
 #include <boost/asio/ip/tcp.hpp>
 #include <boost/asio/steady_timer.hpp>
 #include <boost/beast/core/flat_buffer.hpp>
-#include <boost/beast/http/message.hpp>
 #include <boost/beast/http/parser.hpp>
 #include <boost/beast/http/string_body.hpp>
 #include <functional>
@@ -15,6 +14,7 @@
 #include <optional>
 #include <string>
 
+#include "http_reply.h"
 #include "http_server.h"
 #include "refusal.h"
 
@@ -25,6 +25,9 @@ struct ConnectionContext {
   CommerceServer& commerceServer;
   HttpLimits limits;
   std::shared_ptr<spdlog::logger> log;
+  FaultTable* faults;    // null: none are ever applied
+  RequestLog* requests;  // null: requests are not remembered
+  bool stopping = false;
 };
 
 class HttpConnection : public std::enable_shared_from_this<HttpConnection> {
@@ -42,24 +45,33 @@ class HttpConnection : public std::enable_shared_from_this<HttpConnection> {
   /// Closes the connection when nothing of a request has arrived on it yet.
   void CloseIfIdle();
 
+  /// Sends a reply that a fault delays at once.
+  void EndDelay();
+
  private:
   void ReadHead();
   void OnHead(Error error, std::size_t length);
   void ReadBody();
   void OnBody(Error error);
+  void FindFaults();
   void AnswerRequest();
+  void AnswerStatus(const Fault& fault);
   void Refuse(Refusal refusal);
   void RefuseIncomplete(Error error);
-  void Reply(int status, std::string body);
+  void Reply(HttpReply toSend, const Fault* fault = nullptr);
+  void Send();
   void Drain();
   void StartTimer(std::chrono::milliseconds time);
   void OnTimer();
   std::string About() const;
+  std::string FaultsApplied();
+  void Remember(int status);
 
   using RequestParser = boost::beast::http::request_parser<boost::beast::http::string_body>;
 
   Tcp::socket socket;
   boost::asio::steady_timer timer;
+  boost::asio::steady_timer delay;
   ConnectionContext& context;
   const std::function<void(HttpConnection*)> over;
   const std::chrono::steady_clock::time_point began;
@@ -69,7 +81,9 @@ class HttpConnection : public std::enable_shared_from_this<HttpConnection> {
   std::optional<RequestHead> head;
   boost::beast::flat_buffer buffer;
   RequestParser parser;
-  boost::beast::http::response<boost::beast::http::string_body> reply;
+  FaultPlan plan;
+  std::optional<RequestRecord> record;  // nothing when requests are not remembered
+  ReplyBytes reply;
 
   bool begun = false;     // something has arrived
   bool replying = false;  // the request is decided; from here on a timeout just closes

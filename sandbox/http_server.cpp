@@ -6,9 +6,10 @@
 #include <boost/asio/signal_set.hpp>
 #include <csignal>
 #include <set>
-#include <stdexcept>
 
+#include "admin_server.h"
 #include "http_connection.h"
+#include "listening.h"
 
 namespace sandbox {
 
@@ -17,8 +18,9 @@ using Tcp = asio::ip::tcp;
 using Error = boost::system::error_code;
 
 struct HttpServer::Core {
-  Core(CommerceServer& commerceServer, HttpLimits limits, std::shared_ptr<spdlog::logger> log)
-      : context{commerceServer, limits, std::move(log)} {}
+  Core(CommerceServer& commerceServer, HttpLimits limits, std::shared_ptr<spdlog::logger> log, FaultTable* faults,
+       RequestLog* requests)
+      : context{commerceServer, limits, std::move(log), faults, requests} {}
   ~Core() { leaving = true; }
 
   void Accept();
@@ -36,6 +38,7 @@ struct HttpServer::Core {
   Tcp::acceptor acceptor{io};
   asio::signal_set signals{io};
   asio::steady_timer pause{io};
+  std::unique_ptr<AdminServer> admin;
 };
 
 void HttpServer::Core::Accept() {
@@ -75,26 +78,28 @@ void HttpServer::Core::Stop() {
   signals.clear(ignored);
   signals.cancel(ignored);
   pause.cancel();
-  for (HttpConnection* connection : connections) connection->CloseIfIdle();
+  if (admin) admin->Stop();
+  context.stopping = true;
+  for (HttpConnection* connection : connections) {
+    connection->CloseIfIdle();
+    connection->EndDelay();
+  }
 }
 
-HttpServer::HttpServer(CommerceServer& commerceServer, HttpLimits limits, std::shared_ptr<spdlog::logger> log)
-    : core(std::make_unique<Core>(commerceServer, limits, std::move(log))) {}
+HttpServer::HttpServer(CommerceServer& commerceServer, HttpLimits limits, std::shared_ptr<spdlog::logger> log,
+                       FaultTable* faults, RequestLog* requests)
+    : core(std::make_unique<Core>(commerceServer, limits, std::move(log), faults, requests)) {}
 
 HttpServer::~HttpServer() = default;
 
 void HttpServer::Listen(const std::string& address, std::uint16_t port) {
-  try {
-    const Tcp::endpoint endpoint(asio::ip::make_address(address), port);
-    core->acceptor.open(endpoint.protocol());
-    core->acceptor.set_option(Tcp::acceptor::reuse_address(true));
-    core->acceptor.bind(endpoint);
-    core->acceptor.listen();
-  } catch (const boost::system::system_error& error) {
-    throw std::runtime_error("cannot listen on address " + address + ", port " + std::to_string(port) + ": " +
-                             error.code().message());
-  }
+  ListenOn(core->acceptor, address, port);
   core->Accept();
+}
+
+std::uint16_t HttpServer::ListenAdmin(AdminRoutes& routes, const std::string& address, std::uint16_t port) {
+  core->admin = std::make_unique<AdminServer>(core->io, routes, core->context.log);
+  return core->admin->Listen(address, port);
 }
 
 std::string HttpServer::Host() const {

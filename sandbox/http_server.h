@@ -1,6 +1,6 @@
 // Serves the commerce protocol over HTTP: one request a connection, the reply, then the end. It owns the listening
-// socket and the connections and writes one line a request to the log; the commerce server is lent to it. Everything
-// runs on the thread that calls Run; Stop alone may be called from any other.
+// sockets and the connections and writes one line a request to the log; all else is lent to it. Everything runs on the
+// thread that calls Run; Stop alone may be called from any other.
 #pragma once
 
 #include <chrono>
@@ -9,12 +9,16 @@
 #include <string>
 
 #include "commerce_server.h"
+#include "fault_table.h"
+#include "request_log.h"
 
 namespace spdlog {
 class logger;
 }
 
 namespace sandbox {
+
+class AdminRoutes;
 
 struct HttpLimits {
   std::size_t maxHead = 64 * 1024;              // bytes
@@ -25,11 +29,17 @@ struct HttpLimits {
 
 class HttpServer {
  public:
-  HttpServer(CommerceServer& commerceServer, HttpLimits limits, std::shared_ptr<spdlog::logger> log);
+  /// Applies the faults to what it answers and adds each request to the log of requests; both may be null.
+  HttpServer(CommerceServer& commerceServer, HttpLimits limits, std::shared_ptr<spdlog::logger> log,
+             FaultTable* faults = nullptr, RequestLog* requests = nullptr);
   ~HttpServer();
 
   /// Listens on a numeric address; port 0 takes a free one. Throws std::runtime_error with the reason in words.
   void Listen(const std::string& address, std::uint16_t port);
+
+  /// Serves the routes of the admin port as well, on a loopback address of their own; port 0 takes a free one. Returns
+  /// the port. Throws std::runtime_error with the reason in words.
+  std::uint16_t ListenAdmin(AdminRoutes& routes, const std::string& address, std::uint16_t port);
 
   /// Returns the numeric address that it listens on.
   std::string Host() const;
@@ -43,7 +53,8 @@ class HttpServer {
   /// Serves until Stop; returns when the last reply is out.
   void Run();
 
-  /// Takes no new connection and closes those on which nothing has arrived; what has begun to arrive is still answered.
+  /// Takes no new connection and closes those on which nothing has arrived; what has begun to arrive is still answered,
+  /// without the delay that a fault asks for.
   void Stop();
 
  private:

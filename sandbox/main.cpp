@@ -27,6 +27,9 @@ void DescribeServe(CLI::App& app, sandbox::ServeOptions& options, Numbers& numbe
   app.add_option("DIR", options.folder, "Folder that init made")->required();
   app.add_option("--listen", options.listen, "Numeric address and port; port 0 takes a free one")
       ->capture_default_str();
+  app.add_option("--admin", options.admin,
+                 "Loopback address and port on which tests ask for faults and look at requests");
+  app.add_option("--faults", options.faults, "File of faults to begin with");
   app.add_option("--session-seconds", numbers.sessionSeconds, "Seconds from a handshake until its session expires")
       ->check(count(1, 86400))
       ->capture_default_str();

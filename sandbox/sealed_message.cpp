@@ -32,6 +32,13 @@ std::string DigestOfText(const std::string& text) {
   return Digest(std::string_view(text.c_str(), text.size() + 1));
 }
 
+std::string DigestOfReply(const std::string& text, SealFault fault) {
+  if (fault == SealFault::DigestWithoutZero) return Digest(text);
+  std::string digest = DigestOfText(text);
+  if (fault == SealFault::WrongDigest) digest.front() = digest.front() == 'A' ? 'B' : 'A';
+  return digest;
+}
+
 FieldList OpenText(std::string_view message) {
   if (message.size() < digestLength) throw Refused(Refusal::MessageShort);
   const std::string_view digest = message.substr(0, digestLength);
@@ -113,17 +120,20 @@ FieldList OpenRequest(std::string_view body, const SessionKey& key) {
   return OpenText(std::string_view(bytes).substr(0, bytes.size() - 1));
 }
 
-std::string SealReply(const FieldList& fields, const SessionKey& key) {
+std::string SealReply(const FieldList& fields, const SessionKey& key, SealFault fault) {
   std::string text = FormatHeaderBlock(fields);
   const WipedAtEnd textWiped(text);
   std::string bytes;
   const WipedAtEnd bytesWiped(bytes);
   bytes.reserve(digestLength + text.size() + 1 + blockLength);
-  bytes.append(DigestOfText(text)).append(text).push_back('\0');
+  bytes.append(DigestOfReply(text, fault)).append(text).push_back('\0');
   const std::size_t padding = blockLength - bytes.size() % blockLength;
   bytes.append(padding, static_cast<char>(padding));
+  if (fault == SealFault::BadPadding) bytes.back() = blockLength + 1;
   RunCipher<CryptoPP::CBC_Mode<CryptoPP::RC5>::Encryption>(bytes, key);
-  return EncodeBase64(bytes);
+  std::string body = EncodeBase64(bytes);
+  if (fault == SealFault::BadBase64) body[body.size() / 2] = '*';
+  return body;
 }
 
 }  // namespace sandbox

@@ -39,7 +39,10 @@ FieldList OpenHandshake(std::string_view body, const KeyPair& keyPair);
 /// Opens the body of a request: base64 of the enciphered message and the zero byte that ends it.
 FieldList OpenRequest(std::string_view body, const SessionKey& key);
 
+/// What is wrong with the seal of a reply, when a test has asked for that.
+enum class SealFault { None, WrongDigest, DigestWithoutZero, BadPadding, BadBase64 };
+
 /// Seals a reply; the zero byte that ends the message is enciphered with it. Returns the body as base64.
-std::string SealReply(const FieldList& fields, const SessionKey& key);
+std::string SealReply(const FieldList& fields, const SessionKey& key, SealFault fault = SealFault::None);
 
 }  // namespace sandbox

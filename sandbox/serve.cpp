@@ -5,8 +5,10 @@
 #include <filesystem>
 #include <iostream>
 #include <nlohmann/json.hpp>
+#include <optional>
 #include <stdexcept>
 
+#include "admin_routes.h"
 #include "catalogue.h"
 #include "commands.h"
 #include "files.h"
@@ -60,19 +62,30 @@ struct ListenAddress {
   std::uint16_t port;
 };
 
-ListenAddress ParseListen(const std::string& text) {
+ListenAddress ParseAddress(const char* option, const std::string& text) {
   const std::size_t colon = text.rfind(':');
   std::string host = text.substr(0, colon == std::string::npos ? 0 : colon);
   const std::string port = colon == std::string::npos ? "" : text.substr(colon + 1);
   if (host.size() > 2 && host.front() == '[' && host.back() == ']') host = host.substr(1, host.size() - 2);
   const bool digits = !port.empty() && port.size() <= 5 && port.find_first_not_of("0123456789") == std::string::npos;
   if (host.empty() || !digits || std::stoul(port) > 65535) {
-    throw std::runtime_error("--listen needs a numeric address and a port, such as 127.0.0.1:0 or [::1]:8080");
+    throw std::runtime_error(std::string(option) +
+                             " needs a numeric address and a port, such as 127.0.0.1:0 or [::1]:8080");
   }
   return {host, static_cast<std::uint16_t>(std::stoul(port))};
 }
 
-void PrintReady(const HttpServer& server, const std::string& key) {
+std::vector<Fault> LoadFaults(const std::string& file) {
+  if (file.empty()) return {};
+  const std::string text = ReadFile(file);
+  try {
+    return ReadFaults(text);
+  } catch (const FaultError& error) {
+    throw std::runtime_error(file + ": " + error.what());
+  }
+}
+
+void PrintReady(const HttpServer& server, const std::string& key, std::optional<std::uint16_t> adminPort) {
   const std::string host = server.Host();
   const std::string shown = host.find(':') == std::string::npos ? host : "[" + host + "]";
   nlohmann::ordered_json line;
@@ -81,6 +94,7 @@ void PrintReady(const HttpServer& server, const std::string& key) {
   line["host"] = host;
   line["port"] = server.Port();
   line["key"] = key;
+  if (adminPort) line["admin"] = *adminPort;
   std::cout << line.dump() << std::endl;
   if (!std::cout) throw std::runtime_error("cannot write the ready line to stdout");
 }
@@ -98,7 +112,9 @@ void Serve(const ServeOptions& options) {
   std::signal(SIGPIPE, SIG_IGN);
   std::signal(SIGXFSZ, SIG_IGN);  // a file at its size limit is a sale that fails, not the server's end
   const std::filesystem::path folder = options.folder;
-  const ListenAddress listen = ParseListen(options.listen);
+  const ListenAddress listen = ParseAddress("--listen", options.listen);
+  FaultTable faults;
+  faults.Append(LoadFaults(options.faults));
   const KeyPair keyPair = LoadKeyPair(folder);
   const std::string publicText = keyPair.PublicText();
   CheckPublicKey(folder, publicText);
@@ -107,10 +123,18 @@ void Serve(const ServeOptions& options) {
   const Operations operations(catalogue, ledger);
   CommerceServer commerceServer(keyPair, operations, options.sessions, Environment::OfMachine());
 
-  HttpServer server(commerceServer, options.http, MakeLog(options.verbose));
+  const bool hasAdmin = !options.admin.empty();
+  RequestLog requests;
+  AdminRoutes routes({faults, requests, commerceServer, ledger});
+  HttpServer server(commerceServer, options.http, MakeLog(options.verbose), &faults, hasAdmin ? &requests : nullptr);
   server.StopOnSignals();
   server.Listen(listen.host, listen.port);
-  PrintReady(server, publicText);
+  std::optional<std::uint16_t> adminPort;
+  if (hasAdmin) {
+    const ListenAddress admin = ParseAddress("--admin", options.admin);
+    adminPort = server.ListenAdmin(routes, admin.host, admin.port);
+  }
+  PrintReady(server, publicText, adminPort);
   server.Run();
 }
 

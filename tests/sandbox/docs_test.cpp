@@ -5,7 +5,9 @@
 #include <fstream>
 #include <sstream>
 
+#include "admin_routes.h"
 #include "error_codes.h"
+#include "fault.h"
 #include "refusal.h"
 #include "sandbox/process.h"
 
@@ -48,6 +50,22 @@ TEST(SandboxPage, HasARowForEachTestCard) {
   }
 }
 
+TEST(SandboxPage, HasARowForEachKindOfFault) {
+  for (std::size_t i = 0; i < sandbox::faultKindCount; i++) {
+    const sandbox::FaultKindRow& kind = sandbox::faultKinds[i];
+    const std::string row = std::string("| `") + kind.name + "` | " + kind.parameters + " | " + kind.meaning + " |\n";
+    EXPECT_NE(Page().find(row), std::string::npos) << row;
+  }
+}
+
+TEST(SandboxPage, HasARowForEachRouteOfTheAdminPort) {
+  for (std::size_t i = 0; i < sandbox::adminRouteCount; i++) {
+    const sandbox::AdminRouteRow& route = sandbox::adminRoutes[i];
+    const std::string row = std::string("| `") + route.method + " " + route.path + "` | " + route.meaning + " |\n";
+    EXPECT_NE(Page().find(row), std::string::npos) << row;
+  }
+}
+
 TEST(SandboxPage, NamesEachOptionOfServeWithItsDefault) {
   Process help({"serve", "--help"});
   ASSERT_EQ(help.Wait(), 0);
@@ -66,7 +84,7 @@ TEST(SandboxPage, NamesEachOptionOfServeWithItsDefault) {
     const std::string row = "| `" + option + "` | " + value;
     EXPECT_NE(page.find(row), std::string::npos) << row;
   }
-  EXPECT_EQ(options, 8);
+  EXPECT_EQ(options, 10);
 }
 
 }  // namespace

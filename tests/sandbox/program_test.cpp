@@ -9,6 +9,7 @@
 #include <sstream>
 
 #include "files.h"
+#include "sandbox/admin_client.h"
 #include "sandbox/process.h"
 #include "sandbox/socket.h"
 #include "sandbox/test_client.h"
@@ -220,6 +221,18 @@ TEST_F(Serving, MemoryHoldsNoSecretOfASessionThatHasEnded) {
   }
 }
 
+TEST_F(Serving, MemoryHoldsNoCardNumberThatTheAdminPortShowsMasked) {
+  const std::string card = "CardNumber 4111-1111-1111-1111";
+  Process serve({"serve", shop, "--admin", "127.0.0.1:0"});
+  const nlohmann::json ready = Ready(serve);
+  TestClient client(ready["port"], ready["key"]);
+  ASSERT_TRUE(client.Call("GetProductList", {{"GUID", sampleGuid}, {"CardNumber", card}}).has_value());
+  EXPECT_THAT(AdminClient(ready["admin"]).Get("/requests").json.dump(), HasSubstr("CardNumber 41**-****-****-1111"));
+  for (const std::string& secret : {card, client.clientRac, client.serverRac, client.key}) {
+    EXPECT_FALSE(serve.HoldsInMemory(secret.substr(secret.size() / 2))) << "half of " << secret.size() << " bytes";
+  }
+}
+
 TEST_F(Serving, LogHoldsNoTextThatTheServerDoesNotKnow) {
   const std::string cardAsGuid = "{41111111-1111-1111-0000-000000000000}";
   Process serve({"serve", shop, "--verbose"});
@@ -276,6 +289,45 @@ TEST_F(Serving, AddressInAnotherFormIsToldInWords) {
     EXPECT_THAT(WordsOfFailure({"serve", shop, "--listen", address}, 1), HasSubstr("--listen needs a numeric address"));
   }
   EXPECT_THAT(WordsOfFailure({"serve", shop, "--listen", "localhost:0"}, 1), HasSubstr("cannot listen on address"));
+}
+
+TEST_F(Serving, AdminPortIsToldInTheReadyLine) {
+  Process serve({"serve", shop, "--admin", "127.0.0.1:0"});
+  const nlohmann::json ready = Ready(serve);
+  EXPECT_EQ(ready.size(), 6u);
+  EXPECT_NE(ready["admin"], ready["port"]);
+  const nlohmann::json state = AdminClient(ready["admin"]).Get("/state").json;
+  EXPECT_EQ(state["requests"], 0);
+  TestClient client(ready["port"], ready["key"]);
+  ASSERT_TRUE(client.Handshake());
+  EXPECT_EQ(AdminClient(ready["admin"]).Get("/state").json["sessions"], 1);
+  EXPECT_EQ(AdminClient(ready["admin"]).Get("/state").json["requests"], 1);
+  serve.Signal(SIGTERM);
+  EXPECT_EQ(serve.Wait(), 0);
+}
+
+TEST_F(Serving, AdminPortListensOnLoopbackAddressesAlone) {
+  EXPECT_THAT(WordsOfFailure({"serve", shop, "--admin", "0.0.0.0:0"}, 1), HasSubstr("0.0.0.0 is none"));
+  EXPECT_THAT(WordsOfFailure({"serve", shop, "--admin", "8080"}, 1), HasSubstr("--admin needs a numeric address"));
+  EXPECT_THAT(WordsOfFailure({"serve", shop, "--admin", "localhost:0"}, 1), HasSubstr("cannot listen on address"));
+}
+
+TEST_F(Serving, FaultsOfAFileAreAppliedFromTheStart) {
+  WriteFile(folder / "faults.json", R"({"faults": [{"kind": "status", "at": "handshake", "code": 503}]})");
+  Process serve({"serve", shop, "--faults", folder / "faults.json"});
+  const nlohmann::json ready = Ready(serve);
+  TestClient client(ready["port"], ready["key"]);
+  const std::string body = client.HandshakeBody(client.HandshakeFields());
+  EXPECT_EQ(client.Send(client.Head("/GetProductList", body.size()) + body).status, 503);
+  EXPECT_TRUE(client.Handshake());
+}
+
+TEST_F(Serving, FaultsThatCannotBeReadAreToldWithFileAndPlace) {
+  const std::string file = folder / "faults.json";
+  EXPECT_THAT(WordsOfFailure({"serve", shop, "--faults", file}, 1), HasSubstr("cannot read " + file));
+  WriteFile(file, R"({"faults": [{"kind": "close"}]})");
+  EXPECT_THAT(WordsOfFailure({"serve", shop, "--faults", file}, 1),
+              HasSubstr(file + ": faults[0]: \"bytes\" is missing"));
 }
 
 TEST_F(Serving, CatalogueFaultIsToldWithFileAndPlace) {

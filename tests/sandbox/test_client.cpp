@@ -13,20 +13,21 @@ namespace {
 
 using Rc5Cbc = CryptoPP::CBC_Mode<CryptoPP::RC5>;
 using Filter = CryptoPP::StreamTransformationFilter;
+using Padding = CryptoPP::BlockPaddingSchemeDef::BlockPaddingScheme;
 
 const unsigned char* Bytes(const std::string& text) {
   return reinterpret_cast<const unsigned char*>(text.data());
 }
 
 template <typename Direction>
-std::string RunRc5(const std::string& input, const std::string& key, const std::string& iv) {
+std::string RunRc5(const std::string& input, const std::string& key, const std::string& iv,
+                   Padding padding = Padding::PKCS_PADDING) {
   Direction cipher;
   const CryptoPP::ConstByteArrayParameter ivParameter(Bytes(iv), iv.size());
   cipher.SetKey(Bytes(key), key.size(),
                 CryptoPP::MakeParameters(CryptoPP::Name::Rounds(), 20)(CryptoPP::Name::IV(), ivParameter));
   std::string output;
-  CryptoPP::StringSource source(
-      input, true, new Filter(cipher, new CryptoPP::StringSink(output), CryptoPP::BlockPaddingSchemeDef::PKCS_PADDING));
+  CryptoPP::StringSource source(input, true, new Filter(cipher, new CryptoPP::StringSink(output), padding));
   return output;
 }
 
@@ -56,6 +57,12 @@ std::optional<std::string> FromBase64(const std::string& text) {
   std::string bytes;
   CryptoPP::StringSource source(text, true, new CryptoPP::Base64Decoder(new CryptoPP::StringSink(bytes)));
   return bytes;
+}
+
+std::string Sha1(const std::string& bytes) {
+  std::string digest(20, '\0');
+  CryptoPP::SHA1().CalculateDigest(reinterpret_cast<unsigned char*>(digest.data()), Bytes(bytes), bytes.size());
+  return digest;
 }
 
 std::string RandomBytes(std::size_t length) {
@@ -130,9 +137,7 @@ std::string TestClient::HeaderBlock(const Fields& fields) {
 
 std::string TestClient::WithDigest(const std::string& text) {
   const std::string digested = text + '\0';
-  std::string digest(20, '\0');
-  CryptoPP::SHA1().CalculateDigest(reinterpret_cast<unsigned char*>(digest.data()), Bytes(digested), digested.size());
-  return Base64(digest) + text;
+  return Base64(Sha1(digested)) + text;
 }
 
 std::string TestClient::SealForServer(const std::string& messageWithZero) const {
@@ -178,6 +183,14 @@ HttpReply TestClient::Send(const std::string& bytes) const {
   // A server that refuses early may stop reading, so a send that fails is no failure while the reply arrives.
   socket.Send(bytes);
   return ReadReply(socket);
+}
+
+std::string TestClient::Decipher(const std::string& body) const {
+  return RunRc5<Rc5Cbc::Decryption>(FromBase64(body).value(), key, iv);
+}
+
+std::string TestClient::DecipherBlocks(const std::string& body) const {
+  return RunRc5<Rc5Cbc::Decryption>(FromBase64(body).value(), key, iv, Padding::NO_PADDING);
 }
 
 std::optional<Fields> TestClient::Open(const std::string& body) const {

@@ -24,6 +24,7 @@ struct HttpReply {
 std::string Base64(const std::string& bytes);
 std::optional<std::string> FromBase64(const std::string& text);
 std::string RandomBytes(std::size_t length);
+std::string Sha1(const std::string& bytes);
 
 /// Returns the value of the first field of exactly that name, or the text "(absent)".
 std::string Value(const Fields& fields, const std::string& name);
@@ -60,6 +61,12 @@ class TestClient {
 
   /// Sends bytes over a connection of its own and reads the reply.
   HttpReply Send(const std::string& bytes) const;
+
+  /// Deciphers a reply body to digest, text and zero byte; throws when it is not whole.
+  std::string Decipher(const std::string& body) const;
+
+  /// Deciphers a reply body and leaves its padding, right or wrong, where it is.
+  std::string DecipherBlocks(const std::string& body) const;
 
   /// Deciphers a reply body, checks its digest and returns its fields; nothing when something is wrong.
   std::optional<Fields> Open(const std::string& body) const;

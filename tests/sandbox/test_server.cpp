@@ -41,7 +41,10 @@ TestServer::TestServer(const TestServerOptions& options)
       ledger(folder / "sales.db"),
       operations(catalogue, ledger),
       commerce(key, operations, options.sessions, MakeEnvironment(options.randomFails)),
-      server(commerce, options.http, LogTo(log)) {
+      routes({faults, requests, commerce, ledger}),
+      server(commerce, options.http, LogTo(log), &faults, &requests) {
+  if (!options.faults.empty()) faults.Append(sandbox::ReadFaults(options.faults));
+  adminPort = server.ListenAdmin(routes, "127.0.0.1", 0);
   server.Listen("127.0.0.1", 0);
   port = server.Port();
   thread = std::thread([this] { server.Run(); });

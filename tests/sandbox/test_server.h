@@ -7,6 +7,7 @@
 #include <string>
 #include <thread>
 
+#include "admin_routes.h"
 #include "catalogue.h"
 #include "commerce_server.h"
 #include "http_server.h"
@@ -28,6 +29,7 @@ struct TestServerOptions {
   sandbox::SessionLimits sessions;
   sandbox::HttpLimits http;
   bool randomFails = false;
+  std::string faults;  // JSON as --faults takes it; empty: none
 };
 
 class TestServer {
@@ -36,6 +38,7 @@ class TestServer {
   ~TestServer();
 
   std::uint16_t Port() const { return port; }
+  std::uint16_t AdminPort() const { return adminPort; }
   std::string KeyText() const { return key.PublicText(); }
 
   /// Turns the clock of the sessions on.
@@ -57,8 +60,12 @@ class TestServer {
   const sandbox::Operations operations;
   sandbox::CommerceServer commerce;
   std::ostringstream log;
+  sandbox::FaultTable faults;
+  sandbox::RequestLog requests;
+  sandbox::AdminRoutes routes;
   sandbox::HttpServer server;
   std::uint16_t port;
+  std::uint16_t adminPort;
   std::thread thread;
 };
 

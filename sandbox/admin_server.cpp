@@ -1,0 +1,147 @@
+#include "admin_server.h"
+
+#include <spdlog/spdlog.h>
+
+#include <boost/beast/core/flat_buffer.hpp>
+#include <boost/beast/core/tcp_stream.hpp>
+#include <boost/beast/http/parser.hpp>
+#include <boost/beast/http/read.hpp>
+#include <boost/beast/http/string_body.hpp>
+#include <boost/beast/http/write.hpp>
+#include <optional>
+#include <stdexcept>
+
+#include "listening.h"
+
+namespace sandbox {
+
+namespace asio = boost::asio;
+namespace beast = boost::beast;
+namespace http = boost::beast::http;
+using Tcp = asio::ip::tcp;
+using Error = boost::system::error_code;
+
+namespace {
+
+constexpr std::uint32_t longestHead = 16 * 1024;    // bytes
+constexpr std::uint64_t longestBody = 1024 * 1024;  // bytes
+constexpr std::chrono::seconds clientTime{30};
+// How long it reads on after its reply. A socket closed while unread bytes wait is reset, and a reset can overtake a
+// reply that the client has not read yet.
+constexpr std::chrono::seconds drainTime{2};
+
+}  // namespace
+
+/// Reads a request, has it answered, writes the reply, closes. Keeps itself alive while an operation is under way.
+class AdminConnection : public std::enable_shared_from_this<AdminConnection> {
+ public:
+  AdminConnection(Tcp::socket connected, AdminRoutes& served) : stream(std::move(connected)), routes(served) {
+    parser.header_limit(longestHead);
+    parser.body_limit(longestBody);
+  }
+
+  void Start() {
+    stream.expires_after(clientTime);
+    http::async_read(stream, buffer, parser,
+                     [self = shared_from_this()](Error error, std::size_t) { self->OnRequest(error); });
+  }
+
+  void Close() { stream.close(); }
+
+ private:
+  void OnRequest(Error error) {
+    if (!error) return Send(routes.Answer(Request()));
+    if (error == http::error::body_limit) return Send(AdminError(413, "the body is larger than 1 MB"));
+    if (error == http::error::header_limit) return Send(AdminError(431, "the head is larger than 16 KB"));
+    const bool malformed = error.category() == make_error_code(http::error::bad_field).category() &&
+                           error != http::error::end_of_stream && error != http::error::partial_message;
+    if (malformed) Send(AdminError(400, "this is not HTTP/1.1"));
+  }
+
+  AdminRequest Request() {
+    const auto& message = parser.get();
+    const auto text = [](auto view) { return std::string(view.data(), view.size()); };
+    return {text(message.method_string()),
+            text(message.target()),
+            text(message[http::field::host]),
+            text(message[http::field::origin]),
+            text(message[http::field::content_type]),
+            message.body()};
+  }
+
+  void Send(AdminReply answer) {
+    reply.result(static_cast<unsigned>(answer.status));
+    reply.set(http::field::content_type, "application/json");
+    if (!answer.allow.empty()) reply.set(http::field::allow, answer.allow);
+    reply.keep_alive(false);
+    reply.body() = std::move(answer.json);
+    reply.prepare_payload();
+    stream.expires_after(clientTime);
+    http::async_write(stream, reply, [self = shared_from_this()](Error error, std::size_t) {
+      if (error) return;
+      Error ignored;
+      self->stream.socket().shutdown(Tcp::socket::shutdown_send, ignored);
+      self->stream.expires_after(drainTime);
+      self->Drain();
+    });
+  }
+
+  void Drain() {
+    rest.resize(8192);
+    stream.async_read_some(asio::buffer(rest), [self = shared_from_this()](Error error, std::size_t) {
+      if (!error) self->Drain();
+    });
+  }
+
+  beast::tcp_stream stream;
+  AdminRoutes& routes;
+  beast::flat_buffer buffer;
+  http::request_parser<http::string_body> parser;
+  http::response<http::string_body> reply;
+  std::string rest;
+};
+
+AdminServer::AdminServer(asio::io_context& runner, AdminRoutes& served, std::shared_ptr<spdlog::logger> itsLog)
+    : acceptor(runner), pause(runner), routes(served), log(std::move(itsLog)) {}
+
+std::uint16_t AdminServer::Listen(const std::string& address, std::uint16_t port) {
+  Error error;
+  const asio::ip::address numeric = asio::ip::make_address(address, error);
+  if (!error && !numeric.is_loopback()) {
+    throw std::runtime_error("the admin port can listen on a loopback address alone, such as 127.0.0.1, and " +
+                             address + " is none");
+  }
+  ListenOn(acceptor, address, port);
+  Accept();
+  return acceptor.local_endpoint().port();
+}
+
+void AdminServer::Accept() {
+  acceptor.async_accept([this](Error error, Tcp::socket socket) {
+    if (error == asio::error::operation_aborted || !acceptor.is_open()) return;
+    if (!error) {
+      for (auto at = connections.begin(); at != connections.end();) at = at->expired() ? connections.erase(at) : ++at;
+      const auto connection = std::make_shared<AdminConnection>(std::move(socket), routes);
+      connections.insert(connection);
+      connection->Start();
+      return Accept();
+    }
+    // As at the other port: file descriptors come back as connections end.
+    log->error("a connection to the admin port could not be accepted: {}", error.message());
+    pause.expires_after(std::chrono::milliseconds(100));
+    pause.async_wait([this](Error stopped) {
+      if (!stopped) Accept();
+    });
+  });
+}
+
+void AdminServer::Stop() {
+  Error ignored;
+  acceptor.close(ignored);
+  pause.cancel();
+  for (const auto& weak : connections) {
+    if (const auto connection = weak.lock()) connection->Close();
+  }
+}
+
+}  // namespace sandbox

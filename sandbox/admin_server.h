@@ -1,0 +1,44 @@
+// The admin port: HTTP/1.1 on a socket of its own, one request a connection. It owns the socket and the connections;
+// the io_context that runs them and the routes are lent to it. Everything runs on the thread of that io_context.
+#pragma once
+
+#include <boost/asio/io_context.hpp>
+#include <boost/asio/ip/tcp.hpp>
+#include <boost/asio/steady_timer.hpp>
+#include <cstdint>
+#include <memory>
+#include <set>
+#include <string>
+
+#include "admin_routes.h"
+
+namespace spdlog {
+class logger;
+}
+
+namespace sandbox {
+
+class AdminConnection;
+
+class AdminServer {
+ public:
+  AdminServer(boost::asio::io_context& runner, AdminRoutes& served, std::shared_ptr<spdlog::logger> itsLog);
+
+  /// Listens on a loopback address; port 0 takes a free one. Returns the port. Throws std::runtime_error with the
+  /// reason in words, also when the address is not a loopback address.
+  std::uint16_t Listen(const std::string& address, std::uint16_t port);
+
+  /// Takes no new connection and closes all that are open.
+  void Stop();
+
+ private:
+  void Accept();
+
+  boost::asio::ip::tcp::acceptor acceptor;
+  boost::asio::steady_timer pause;
+  AdminRoutes& routes;
+  const std::shared_ptr<spdlog::logger> log;
+  std::set<std::weak_ptr<AdminConnection>, std::owner_less<>> connections;
+};
+
+}  // namespace sandbox
