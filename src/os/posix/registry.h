@@ -1,7 +1,7 @@
-// The registry calls of os.h on a store of files under the user's data directory. Keys are directories, values are files;
-// every change is one rename, so that it happens whole or not at all and processes may write side by side. What lies
-// there is not trusted: a foreign or damaged file is a missing value. Any thread may call; one handle belongs to one
-// thread at a time.
+// The registry calls of os.h on a store of files under the user's data directory. Keys are directories, values are
+// files; every change is one rename, so that it happens whole or not at all and processes may write side by side. What
+// lies there is not trusted: a foreign or damaged file is a missing value. Any thread may call; one handle belongs to
+// one thread at a time.
 #pragma once
 
 #include <cstdint>

@@ -1,0 +1,203 @@
+#include "os/posix/registry_directory.h"
+
+#include <fcntl.h>
+#include <pwd.h>
+#include <stdio.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <climits>
+#include <cstdlib>
+#include <cstring>
+#include <utility>
+
+#include "os/os.h"
+#include "os/posix/registry_name.h"
+#include "os/posix/registry_record.h"
+
+namespace os::posix {
+namespace {
+
+constexpr mode_t ownersAlone = 0700;
+constexpr char currentUser[] = "HKEY_CURRENT_USER";
+
+// A path in the making; what does not fit makes it useless, and it says so.
+class Path {
+ public:
+  void Append(std::string_view more) {
+    isWhole = isWhole && more.size() < sizeof text - length;
+    if (isWhole) length += more.copy(text + length, more.size());
+    text[length] = '\0';
+  }
+  bool IsWhole() const { return isWhole; }
+  char* Text() { return text; }
+
+ private:
+  char text[PATH_MAX] = {};
+  std::size_t length = 0;
+  bool isWhole = true;
+};
+
+// An absolute path in the environment; empty when there is none.
+std::string_view AbsoluteVariable(const char* name) {
+  const char* value = std::getenv(name);
+  return value != nullptr && value[0] == '/' ? value : std::string_view();
+}
+
+bool AppendHome(Path* path) {
+  const std::string_view variable = AbsoluteVariable("HOME");
+  path->Append(variable);
+  if (!variable.empty()) return true;
+  char strings[4096];
+  passwd entry{};
+  passwd* user = nullptr;
+  if (getpwuid_r(getuid(), &entry, strings, sizeof strings, &user) != 0 || user == nullptr) return false;
+  path->Append(user->pw_dir);
+  return true;
+}
+
+bool FindStore(Path* path) {
+  const char* store = std::getenv("KESTAPI_REGISTRY");
+  if (store != nullptr && store[0] != '\0') {
+    path->Append(store);
+    return path->IsWhole();
+  }
+  const std::string_view data = AbsoluteVariable("XDG_DATA_HOME");
+  path->Append(data);
+  if (data.empty()) {
+    if (!AppendHome(path)) return false;
+    path->Append("/.local/share");
+  }
+  path->Append("/kestapi");
+  return path->IsWhole();
+}
+
+Descriptor OpenDirectory(int parent, const char* name, int flags) {
+  return Descriptor(openat(parent, name, O_RDONLY | O_DIRECTORY | O_CLOEXEC | flags));
+}
+
+// What was made in `directory` is on the disk when this has answered 0. The descriptor may be one that only leads on.
+int Flush(int directory) {
+  const Descriptor flushed = OpenDirectory(directory, ".", 0);
+  return flushed.IsOpen() ? fsync(flushed.Number()) : -1;
+}
+
+Descriptor OpenOrMake(int parent, const char* name, int flags) {
+  Descriptor directory = OpenDirectory(parent, name, flags);
+  if (directory.IsOpen() || errno != ENOENT) return directory;
+  if (mkdirat(parent, name, ownersAlone) != 0 && errno != EEXIST) return directory;
+  if (Flush(parent) != 0) return directory;
+  return OpenDirectory(parent, name, flags);
+}
+
+// Goes down `path`, which is cut at its separators, making what is missing.
+Descriptor MakePath(char* path) {
+  Descriptor directory = OpenDirectory(AT_FDCWD, path[0] == '/' ? "/" : ".", O_PATH);
+  char* rest = nullptr;
+  for (const char* name = strtok_r(path, "/", &rest); name != nullptr && directory.IsOpen();
+       name = strtok_r(nullptr, "/", &rest)) {
+    // A directory of which nothing but the way through is allowed can be gone through.
+    directory = OpenOrMake(directory.Number(), name, O_PATH);
+  }
+  return directory;
+}
+
+bool NeedsNameFile(const FileName& file, std::string_view name) {
+  return file.isCut || std::any_of(name.begin(), name.end(), [](char c) { return c >= 'A' && c <= 'Z'; });
+}
+
+// Whether the directory of a cut file name is that of the key `name`.
+std::int32_t CheckName(int directory, std::string_view name) {
+  RecordFile told;
+  const std::int32_t error = told.Read(directory, nameFile);
+  if (error != errorSuccess) return error;
+  return IsSameName(told.Contents().name, name) ? errorSuccess : errorFileNotFound;
+}
+
+std::int32_t OpenExisting(int parent, const FileName& file, std::string_view name, Descriptor* key) {
+  Descriptor directory = OpenDirectory(parent, file.text, O_NOFOLLOW);
+  if (!directory.IsOpen()) return ReadingError(errno);
+  if (file.isCut) {
+    const std::int32_t error = CheckName(directory.Number(), name);
+    if (error != errorSuccess) return error;
+  }
+  *key = std::move(directory);
+  return errorSuccess;
+}
+
+// Makes `directory` of `parent` with a name file in it.
+std::int32_t MakeNamed(int parent, const char* directory, std::string_view name) {
+  if (mkdirat(parent, directory, ownersAlone) != 0) return WritingError(errno);
+  const Descriptor made = OpenDirectory(parent, directory, O_NOFOLLOW);
+  if (!made.IsOpen()) return WritingError(errno);
+  return WriteRecord(made.Number(), nameFile, {0, name, {}});
+}
+
+void RemoveNamed(int parent, const char* directory) {
+  const Descriptor made = OpenDirectory(parent, directory, O_NOFOLLOW);
+  if (made.IsOpen()) unlinkat(made.Number(), nameFile, 0);
+  unlinkat(parent, directory, AT_REMOVEDIR);
+}
+
+// Makes the key's directory, or finds that another has.
+std::int32_t MakeKey(int parent, const FileName& file, std::string_view name) {
+  if (!NeedsNameFile(file, name)) {
+    return mkdirat(parent, file.text, ownersAlone) == 0 || errno == EEXIST ? errorSuccess : WritingError(errno);
+  }
+  // The directory appears with its name in it, and never takes the place of one that appeared first.
+  const TemporaryName temporary;
+  std::int32_t error = MakeNamed(parent, temporary.text, name);
+  if (error == errorSuccess) {
+    if (renameat2(parent, temporary.text, parent, file.text, RENAME_NOREPLACE) == 0) return errorSuccess;
+    if (errno == EEXIST) {
+      error = errorSuccess;
+    } else if (errno == EINVAL || errno == ENOSYS) {
+      // A file system that cannot do that. Whoever is killed between the two steps leaves the key with a small name.
+      error = MakeNamed(parent, file.text, name);
+    } else {
+      error = WritingError(errno);
+    }
+  }
+  RemoveNamed(parent, temporary.text);
+  return error;
+}
+
+}  // namespace
+
+const char nameFile[] = ".name";
+
+std::int32_t OpenCurrentUser(Missing missing, Descriptor* key) {
+  Path path;
+  const bool isMade = missing == Missing::isMade;
+  if (!FindStore(&path)) return isMade ? errorAccessDenied : errorFileNotFound;
+  Descriptor store = OpenDirectory(AT_FDCWD, path.Text(), O_PATH);
+  if (!store.IsOpen() && isMade) store = MakePath(path.Text());
+  if (!store.IsOpen()) return isMade ? WritingError(errno) : ReadingError(errno);
+  Descriptor root = isMade ? OpenOrMake(store.Number(), currentUser, O_NOFOLLOW)
+                           : OpenDirectory(store.Number(), currentUser, O_NOFOLLOW);
+  if (!root.IsOpen()) return isMade ? WritingError(errno) : ReadingError(errno);
+  *key = std::move(root);
+  return errorSuccess;
+}
+
+std::int32_t OpenSubkey(int parent, std::string_view name, Missing missing, Descriptor* key) {
+  const FileName file = FileNameOfKey(name);
+  Descriptor directory;
+  std::int32_t error = OpenExisting(parent, file, name, &directory);
+  if (missing == Missing::isMade) {
+    if (error == errorFileNotFound) {
+      error = MakeKey(parent, file, name);
+      if (error == errorSuccess) error = OpenExisting(parent, file, name, &directory);
+      // Something else lies in its place.
+      if (error == errorFileNotFound) return errorAccessDenied;
+    }
+    // Whoever made the directory may not have flushed it yet.
+    if (error == errorSuccess && fsync(parent) != 0) error = WritingError(errno);
+  }
+  if (error == errorSuccess) *key = std::move(directory);
+  return error;
+}
+
+}  // namespace os::posix
