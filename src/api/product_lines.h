@@ -1,12 +1,9 @@
 // What the objects that hold product records share: rendering them behind their fields, and filling them from a reply.
 #pragma once
 
-#include "core/object_array.h"
 #include "core/product_record.h"
 
 namespace kest {
-
-using ProductRecords = ObjectArray<ProductRecord>;
 
 // Appends the "KEST-Product" line of every record, in order; makes room for all of them first.
 void AppendProductLines(const ProductRecords& records, String& text);

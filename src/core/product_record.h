@@ -5,6 +5,7 @@
 #include <cstdint>
 
 #include "core/field_set.h"
+#include "core/object_array.h"
 
 namespace kest {
 
@@ -31,5 +32,7 @@ class ProductRecord : public FieldSet {
   // text without ":" gives no pair. Throws Qor::MemoryException and changes nothing when there is no memory.
   void Parse(const String& text);
 };
+
+using ProductRecords = ObjectArray<ProductRecord>;
 
 }  // namespace kest
