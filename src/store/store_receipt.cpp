@@ -24,12 +24,15 @@ String DatePath() {
 
 // The path of the first receipt of that day that is not there yet.
 String NextReceiptPath(const String& datePath) {
+  String path(datePath);
+  path.Append('\\');
+  const std::uint32_t prefix = path.Length();
+  path.Reserve(std::uint64_t{prefix} + 10);  // 2^32 - 1 in decimal
   for (std::uint32_t sequence = 1;; ++sequence) {
-    String path(datePath);
-    path.Append('\\');
     path.AppendUnsigned(sequence);
     RegistryKey probe;
     if (!probe.Open(os::CurrentUser(), path.Text(), os::keyRead)) return path;
+    path.SetAt(prefix, '\0');
   }
 }
 
