@@ -15,6 +15,7 @@
 #include "os/posix/registry_listing.h"
 #include "os/posix/registry_name.h"
 #include "os/posix/registry_record.h"
+#include "os/posix/registry_temporary.h"
 
 namespace os::posix {
 namespace {
@@ -85,6 +86,7 @@ std::int32_t OpenPath(RegistryHandle parent, const char* text, Missing missing, 
     error = OpenSubkey(directory.Number(), name, missing, &directory);
     if (error != errorSuccess) return error;
   }
+  if (missing == Missing::isMade) RemoveLeftovers(directory.Number());
   void* block = std::malloc(sizeof(Key));
   if (block == nullptr) return errorNotEnoughMemory;
   auto* key = new (block) Key;

@@ -16,6 +16,7 @@
 #include "os/os.h"
 #include "os/posix/registry_name.h"
 #include "os/posix/registry_record.h"
+#include "os/posix/registry_temporary.h"
 
 namespace os::posix {
 namespace {
@@ -104,10 +105,6 @@ Descriptor MakePath(char* path) {
   return directory;
 }
 
-bool NeedsNameFile(const FileName& file, std::string_view name) {
-  return file.isCut || std::any_of(name.begin(), name.end(), [](char c) { return c >= 'A' && c <= 'Z'; });
-}
-
 // Whether the directory of a cut file name is that of the key `name`.
 std::int32_t CheckName(int directory, std::string_view name) {
   RecordFile told;
@@ -127,41 +124,36 @@ std::int32_t OpenExisting(int parent, const FileName& file, std::string_view nam
   return errorSuccess;
 }
 
-// Makes `directory` of `parent` with a name file in it.
-std::int32_t MakeNamed(int parent, const char* directory, std::string_view name) {
-  if (mkdirat(parent, directory, ownersAlone) != 0) return WritingError(errno);
-  const Descriptor made = OpenDirectory(parent, directory, O_NOFOLLOW);
-  if (!made.IsOpen()) return WritingError(errno);
-  return WriteRecord(made.Number(), nameFile, {0, name, {}});
+// Makes the key's directory and puts its name into it. Whoever is killed in between leaves a key that shows a small
+// name.
+std::int32_t MakeInTwoSteps(int parent, const FileName& file, std::string_view name) {
+  if (mkdirat(parent, file.text, ownersAlone) != 0) return errno == EEXIST ? errorSuccess : WritingError(errno);
+  const Descriptor key = OpenDirectory(parent, file.text, O_NOFOLLOW);
+  return key.IsOpen() ? WriteRecord(key.Number(), nameFile, {0, name, {}}) : WritingError(errno);
 }
 
-void RemoveNamed(int parent, const char* directory) {
-  const Descriptor made = OpenDirectory(parent, directory, O_NOFOLLOW);
-  if (made.IsOpen()) unlinkat(made.Number(), nameFile, 0);
-  unlinkat(parent, directory, AT_REMOVEDIR);
+// Makes the key's directory, which appears with its name in it and never takes the place of one that appeared first.
+std::int32_t MakeInOneStep(int parent, const FileName& file, std::string_view name) {
+  TemporaryName temporary;
+  const Descriptor made = MakeTemporaryDirectory(parent, &temporary);
+  if (!made.IsOpen()) return WritingError(errno);
+  std::int32_t error = WriteRecord(made.Number(), nameFile, {0, name, {}});
+  if (error == errorSuccess) {
+    if (renameat2(parent, temporary.text, parent, file.text, RENAME_NOREPLACE) == 0) return errorSuccess;
+    // Not every file system can do that.
+    const bool isUnable = errno == EINVAL || errno == ENOSYS;
+    if (errno != EEXIST) error = isUnable ? MakeInTwoSteps(parent, file, name) : WritingError(errno);
+  }
+  RemoveDirectory(parent, temporary.text, made.Number());
+  return error;
 }
 
 // Makes the key's directory, or finds that another has.
 std::int32_t MakeKey(int parent, const FileName& file, std::string_view name) {
-  if (!NeedsNameFile(file, name)) {
-    return mkdirat(parent, file.text, ownersAlone) == 0 || errno == EEXIST ? errorSuccess : WritingError(errno);
-  }
-  // The directory appears with its name in it, and never takes the place of one that appeared first.
-  const TemporaryName temporary;
-  std::int32_t error = MakeNamed(parent, temporary.text, name);
-  if (error == errorSuccess) {
-    if (renameat2(parent, temporary.text, parent, file.text, RENAME_NOREPLACE) == 0) return errorSuccess;
-    if (errno == EEXIST) {
-      error = errorSuccess;
-    } else if (errno == EINVAL || errno == ENOSYS) {
-      // A file system that cannot do that. Whoever is killed between the two steps leaves the key with a small name.
-      error = MakeNamed(parent, file.text, name);
-    } else {
-      error = WritingError(errno);
-    }
-  }
-  RemoveNamed(parent, temporary.text);
-  return error;
+  const bool needsName =
+      file.isCut || std::any_of(name.begin(), name.end(), [](char c) { return c >= 'A' && c <= 'Z'; });
+  if (needsName) return MakeInOneStep(parent, file, name);
+  return mkdirat(parent, file.text, ownersAlone) == 0 || errno == EEXIST ? errorSuccess : WritingError(errno);
 }
 
 }  // namespace

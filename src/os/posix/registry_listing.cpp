@@ -1,6 +1,5 @@
 #include "os/posix/registry_listing.h"
 
-#include <dirent.h>
 #include <fcntl.h>
 
 #include <algorithm>
@@ -9,6 +8,7 @@
 
 #include "os/os.h"
 #include "os/posix/descriptor.h"
+#include "os/posix/directory_stream.h"
 #include "os/posix/registry_directory.h"
 #include "os/posix/registry_name.h"
 #include "os/posix/registry_record.h"
@@ -36,24 +36,18 @@ std::int32_t Listing::TakeValues(int directory) {
 
 std::int32_t Listing::Take(int directory, bool ofValues) {
   Clear();
-  // A descriptor of its own: the place that the reading has reached belongs to what was opened.
-  Descriptor opened(openat(directory, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-  if (!opened.IsOpen()) return ReadingError(errno);
-  DIR* stream = fdopendir(opened.Number());
-  if (stream == nullptr) return errorNotEnoughMemory;
-  opened.Release();
-  std::int32_t error = errorSuccess;
-  while (const dirent* file = readdir(stream)) {
-    if (file->d_name[0] == ownMark || (file->d_name[0] == valueMark) != ofValues) continue;
-    error = ofValues ? AddValue(directory, file->d_name) : AddKey(directory, file->d_name);
-    // All but a lack of memory or descriptors means that this is no key or value.
-    if (error == errorNotEnoughMemory) break;
-    error = errorSuccess;
+  DirectoryStream files(directory);
+  if (!files.IsOpen()) return ReadingError(errno);
+  while (const char* file = files.Next()) {
+    if (file[0] == ownMark || (file[0] == valueMark) != ofValues) continue;
+    const std::int32_t error = ofValues ? AddValue(directory, file) : AddKey(directory, file);
+    // Every other failure means that this is no key or value.
+    if (error == errorNotEnoughMemory) {
+      Clear();
+      return error;
+    }
   }
-  closedir(stream);
-  if (error == errorSuccess) error = Sort();
-  if (error != errorSuccess) Clear();
-  return error;
+  return Sort();
 }
 
 std::int32_t Listing::AddKey(int directory, std::string_view file) {

@@ -1,16 +1,16 @@
 #include "os/posix/registry_record.h"
 
 #include <fcntl.h>
+#include <stdio.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <atomic>
 #include <cerrno>
-#include <cstdio>
 #include <cstdlib>
 
 #include "os/os.h"
 #include "os/posix/registry_name.h"
+#include "os/posix/registry_temporary.h"
 
 namespace os::posix {
 namespace {
@@ -64,14 +64,6 @@ bool WriteRecordTo(int file, const Record& record) {
          WriteAll(file, {checksum, sizeof checksum});
 }
 
-Descriptor MakeFile(int directory, TemporaryName* name) {
-  for (;; *name = TemporaryName()) {
-    Descriptor file(openat(directory, name->text, O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600));
-    // A process that had this number may have left one behind.
-    if (file.IsOpen() || errno != EEXIST) return file;
-  }
-}
-
 }  // namespace
 
 std::int32_t ReadingError(int number) {
@@ -118,7 +110,7 @@ std::int32_t RecordFile::Read(int directory, const char* name) {
 
 std::int32_t WriteRecord(int directory, const char* name, const Record& record) {
   TemporaryName temporary;
-  const Descriptor file = MakeFile(directory, &temporary);
+  const Descriptor file = MakeTemporaryFile(directory, &temporary);
   if (!file.IsOpen()) return WritingError(errno);
   // The bytes are on the disk before the name leads to them.
   if (!WriteRecordTo(file.Number(), record) || fsync(file.Number()) != 0 ||
@@ -128,11 +120,6 @@ std::int32_t WriteRecord(int directory, const char* name, const Record& record) 
     return error;
   }
   return fsync(directory) == 0 ? errorSuccess : WritingError(errno);
-}
-
-TemporaryName::TemporaryName() {
-  static std::atomic<unsigned> count{0};
-  std::snprintf(text, sizeof text, "%cnew-%ld-%u", ownMark, static_cast<long>(getpid()), ++count);
 }
 
 }  // namespace os::posix

@@ -46,10 +46,4 @@ class RecordFile {
 // failed: then the new one does, and only a crash of the machine can take it back.
 std::int32_t WriteRecord(int directory, const char* file, const Record& record);
 
-// Name of something that is being written: no process uses it twice.
-struct TemporaryName {
-  TemporaryName();
-  char text[48];
-};
-
 }  // namespace os::posix
