@@ -25,6 +25,8 @@ class Process {
 
   void Signal(int number);
 
+  pid_t Id() const { return id; }
+
   /// Tells whether the text stands anywhere in the memory that the process can write.
   bool HoldsInMemory(const std::string& text) const;
 
