@@ -3,12 +3,31 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/syscall.h>
+#include <unistd.h>
 
+#include <atomic>
 #include <filesystem>
 #include <fstream>
 #include <optional>
 
 #include "sandbox/process.h"
+
+namespace {
+std::atomic<int> syncs{0};
+}
+
+// Stand in for the system's in this program and in the libraries that it loads, so that a test sees when SQLite has
+// waited for the disk.
+extern "C" __attribute__((visibility("default"))) int fdatasync(int file) {
+  syncs++;
+  return static_cast<int>(::syscall(SYS_fdatasync, file));
+}
+
+extern "C" __attribute__((visibility("default"))) int fsync(int file) {
+  syncs++;
+  return static_cast<int>(::syscall(SYS_fsync, file));
+}
 
 namespace sandboxtest {
 namespace {
@@ -83,6 +102,15 @@ TEST_F(LedgerFile, GivesASaleBackAsItWasRecorded) {
     EXPECT_EQ(found->products[i].name, sale.products[i].name);
     EXPECT_EQ(found->products[i].price, sale.products[i].price);
     EXPECT_EQ(found->products[i].quantity, sale.products[i].quantity);
+  }
+}
+
+TEST_F(LedgerFile, WaitsForTheDiskWithEachSale) {
+  Ledger ledger(file);
+  for (int i = 0; i < 3; i++) {
+    const int before = syncs;
+    ledger.RecordSale(SomeSale());
+    EXPECT_GT(syncs, before);
   }
 }
 
