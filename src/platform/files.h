@@ -10,8 +10,8 @@
 
 namespace kest {
 
-// Writes all `count` bytes at the file's position, in as many steps as the system needs; no bytes succeed at once. False
-// as soon as a step fails or writes nothing; what was written before stays.
+// Writes all `count` bytes at the file's position, in as many steps as the system needs; no bytes succeed at once.
+// False as soon as a step fails or writes nothing; what was written before stays.
 bool WriteAll(os::FileHandle file, const void* bytes, std::uint32_t count);
 // The size in bytes; 4294967295 when the system cannot tell.
 std::uint64_t FileSize(os::FileHandle file);
@@ -29,8 +29,8 @@ std::int32_t MakeDirectories(const String& path);
 
 // The directory for temporary files, ended by a separator. These are empty on failure.
 String TempPath();
-// Makes an empty file of a new name in `directory`, that for temporary files when it is empty, and answers its path. The
-// name begins with up to three characters of `prefix`.
+// Makes an empty file of a new name in `directory`, that for temporary files when it is empty, and answers its path.
+// The name begins with up to three characters of `prefix`.
 String TempFileName(const String& directory, const String& prefix);
 String WindowsDirectory();
 String SystemDirectory();

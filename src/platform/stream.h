@@ -17,8 +17,8 @@ class Stream {
 
   // Reads `count` bytes, or those up to the end or a failure, and forgets them. Answers how many.
   std::uint32_t Skip(std::uint32_t count);
-  // Writes all `count` bytes, in as many steps as it takes; no bytes succeed at once. False as soon as a step fails; what
-  // was written before stays.
+  // Writes all `count` bytes, in as many steps as it takes; no bytes succeed at once. False as soon as a step fails;
+  // what was written before stays.
   bool WriteAll(const void* bytes, std::uint32_t count);
 
  protected:

@@ -1,5 +1,5 @@
-// The markers that tell other programs that receipts or products have changed: the text "1" as the value "Update" of the
-// key that they watch. Failures are passed over. Any thread may call these.
+// The markers that tell other programs that receipts or products have changed: the text "1" as the value "Update" of
+// the key that they watch. Failures are passed over. Any thread may call these.
 #pragma once
 
 namespace kest {

@@ -13,7 +13,7 @@ namespace kest {
 struct Sale {
   const String& guid;              // the application's
   const ProductRecords& products;  // what was bought: "Name" and "Price" of each
-  const FieldSet& purchase;        // the server's reply: "KEST-TotalAmount", "KEST-Merchant", "KEST-TaxAmount", "KEST-TxN"
+  const FieldSet& purchase;        // "KEST-TotalAmount", "KEST-Merchant", "KEST-TaxAmount" and "KEST-TxN" are read
   const String& cardNumber;        // read for the card's type only, never stored
 };
 
@@ -22,8 +22,8 @@ struct Sale {
 void StoreReceipt(const Sale& sale);
 
 // Finds the first receipt, in the registry's order, that was stored for `guid`, byte by byte, and sets the seven
-// "KEST-Receipt-" fields in `receipt`. False, and `receipt` unchanged, when there is none. Keys that cannot be opened are
-// passed over. A receipt with an empty "Guid" or none is found by a null text only, that is by a String without
+// "KEST-Receipt-" fields in `receipt`. False, and `receipt` unchanged, when there is none. Keys that cannot be opened
+// are passed over. A receipt with an empty "Guid" or none is found by a null text only, that is by a String without
 // storage, never by an empty one.
 bool FindReceipt(const String& guid, FieldSet& receipt);
 

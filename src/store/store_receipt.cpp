@@ -7,7 +7,7 @@
 namespace kest {
 namespace {
 
-// The path of today's receipts: month, day and year of the date in UTC, so that it does not depend on where the user is.
+// The path of today's receipts: month, day and year. The date is that of UTC, wherever the user is.
 String DatePath() {
   os::SystemTime now{};
   os::system->GetSystemTime(&now);
