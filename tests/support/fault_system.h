@@ -70,6 +70,79 @@ class FaultSystem : public ForwardingSystem {
     return Fails("GetDIBits") ? 0
                               : ForwardingSystem::GetDIBits(context, bitmap, firstLine, lines, bits, info, colourUse);
   }
+  // The registry's calls fail as for a key that the user may not touch.
+  std::int32_t RegOpenKeyExA(os::RegistryHandle parent, const char* path, std::uint32_t options, std::uint32_t access,
+                             os::RegistryHandle* key) override {
+    return Fails("RegOpenKeyExA") ? os::errorAccessDenied
+                                  : ForwardingSystem::RegOpenKeyExA(parent, path, options, access, key);
+  }
+  std::int32_t RegCreateKeyExA(os::RegistryHandle parent, const char* path, std::uint32_t options,
+                               std::uint32_t access, os::RegistryHandle* key) override {
+    return Fails("RegCreateKeyExA") ? os::errorAccessDenied
+                                    : ForwardingSystem::RegCreateKeyExA(parent, path, options, access, key);
+  }
+  std::int32_t RegCloseKey(os::RegistryHandle key) override {
+    // A close that reports a failure has closed all the same.
+    const bool isFailing = Fails("RegCloseKey");
+    const std::int32_t result = ForwardingSystem::RegCloseKey(key);
+    return isFailing ? os::errorInvalidHandle : result;
+  }
+  std::int32_t RegQueryValueExA(os::RegistryHandle key, const char* name, std::uint32_t* type, void* data,
+                                std::uint32_t* size) override {
+    return Fails("RegQueryValueExA") ? os::errorAccessDenied
+                                     : ForwardingSystem::RegQueryValueExA(key, name, type, data, size);
+  }
+  std::int32_t RegSetValueExA(os::RegistryHandle key, const char* name, std::uint32_t type, const void* data,
+                              std::uint32_t size) override {
+    return Fails("RegSetValueExA") ? os::errorAccessDenied
+                                   : ForwardingSystem::RegSetValueExA(key, name, type, data, size);
+  }
+  std::int32_t RegEnumKeyExA(os::RegistryHandle key, std::uint32_t index, char* name,
+                             std::uint32_t* characters) override {
+    return Fails("RegEnumKeyExA") ? os::errorAccessDenied
+                                  : ForwardingSystem::RegEnumKeyExA(key, index, name, characters);
+  }
+  std::int32_t RegEnumValueA(os::RegistryHandle key, std::uint32_t index, char* name,
+                             std::uint32_t* characters) override {
+    return Fails("RegEnumValueA") ? os::errorAccessDenied
+                                  : ForwardingSystem::RegEnumValueA(key, index, name, characters);
+  }
+  bool CreateDirectoryA(const char* path) override {
+    return !Fails("CreateDirectoryA") && ForwardingSystem::CreateDirectoryA(path);
+  }
+  bool WriteFile(os::FileHandle file, const void* bytes, std::uint32_t count, std::uint32_t* written) override {
+    if (!Fails("WriteFile")) return ForwardingSystem::WriteFile(file, bytes, count, written);
+    *written = 0;
+    return false;
+  }
+  std::uint32_t GetFileSize(os::FileHandle file, std::uint32_t* high) override {
+    if (!Fails("GetFileSize")) return ForwardingSystem::GetFileSize(file, high);
+    *high = 0;
+    return 0xFFFFFFFF;
+  }
+  std::uint32_t GetFileAttributesA(const char* path) override {
+    return Fails("GetFileAttributesA") ? os::invalidFileAttributes : ForwardingSystem::GetFileAttributesA(path);
+  }
+  bool CopyFileA(const char* from, const char* to, bool failIfExists) override {
+    return !Fails("CopyFileA") && ForwardingSystem::CopyFileA(from, to, failIfExists);
+  }
+  bool DeleteFileA(const char* path) override { return !Fails("DeleteFileA") && ForwardingSystem::DeleteFileA(path); }
+  int _access(const char* path, int mode) override {
+    return Fails("_access") ? -1 : ForwardingSystem::_access(path, mode);
+  }
+  std::uint32_t GetTempPathA(std::uint32_t capacity, char* buffer) override {
+    return Fails("GetTempPathA") ? 0 : ForwardingSystem::GetTempPathA(capacity, buffer);
+  }
+  std::uint32_t GetWindowsDirectoryA(char* buffer, std::uint32_t capacity) override {
+    return Fails("GetWindowsDirectoryA") ? 0 : ForwardingSystem::GetWindowsDirectoryA(buffer, capacity);
+  }
+  std::uint32_t GetSystemDirectoryA(char* buffer, std::uint32_t capacity) override {
+    return Fails("GetSystemDirectoryA") ? 0 : ForwardingSystem::GetSystemDirectoryA(buffer, capacity);
+  }
+  std::uint32_t GetTempFileNameA(const char* directory, const char* prefix, std::uint32_t unique,
+                                 char* name) override {
+    return Fails("GetTempFileNameA") ? 0 : ForwardingSystem::GetTempFileNameA(directory, prefix, unique, name);
+  }
   int WSAStartup(std::uint16_t version, os::SocketLibraryData* data) override {
     return Fails("WSAStartup") ? 10091 : ForwardingSystem::WSAStartup(version, data);
   }

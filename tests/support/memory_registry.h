@@ -1,6 +1,6 @@
-// A system that keeps a registry in memory: it writes down every call, counts the handles that are open, and lets a test
-// refuse single calls or change something right before one. Names are found without regard to the case of letters;
-// items are enumerated in the order of their making.
+// A system that keeps a registry in memory: it writes down every call, counts the handles that are open, and lets a
+// test refuse single calls or change something right before one. Names are found without regard to the case of
+// letters; items are enumerated in the order of their making.
 #pragma once
 
 #include <cstdint>
