@@ -7,7 +7,7 @@
  *
  * Conventions that hold for every function:
  * - Texts are NUL-terminated 8-bit characters, the ANSI code page on Windows. Texts that are passed in stay the
- *   caller's and are not kept. A null text is an empty text.
+ *   caller's and are not kept. A null text is an empty text, but for ordinal 523.
  * - Objects belong to the host, which destroys each with the function of its kind. A null object gives the failing
  *   result and does nothing else.
  * - KestCheckout, KestPurchase, KestProductList and KestBill are field sets too: KEST_FIELDS(object) passes one to the
@@ -75,6 +75,9 @@ enum {
   KEST_ORDINAL_GET_BILL_PRODUCT_COUNT = 510,
   KEST_ORDINAL_SET_APPLICATION_GUID = 512,
   KEST_ORDINAL_ADD_ORDER_LINE = 514,
+  KEST_ORDINAL_BILL_CUSTOMER = 515,
+  KEST_ORDINAL_GET_BILL = 517,
+  KEST_ORDINAL_LOAD_RECEIPT = 523,
   KEST_ORDINAL_GET_PRODUCT_LIST = 524,
   KEST_ORDINAL_NEXT_PRODUCT = 525,
   KEST_ORDINAL_CLEAR_ORDER = 526
@@ -138,7 +141,10 @@ KEST_API void KEST_CALL KestSetProxy(const char* host, uint32_t port);
  */
 KEST_API KestBool KEST_CALL KestConfigureServer(KestFieldSet* configuration);
 
-/* 512. Sets the GUID of the application for the whole process; it is sent with every product list. */
+/*
+ * 512. Sets the GUID of the application for the whole process; it is sent with every product list and stands in every
+ * receipt.
+ */
 KEST_API void KEST_CALL KestSetApplicationGuid(const char* guid);
 
 /* ---- Product list ----------------------------------------------------------------------------------------------- */
@@ -194,6 +200,45 @@ KEST_API void KEST_CALL KestAddOrderLine(KestCheckout* checkout, uint32_t sku, u
 
 /* 526. Removes all order lines. */
 KEST_API void KEST_CALL KestClearOrder(KestCheckout* checkout);
+
+/*
+ * 515. Charges the customer's card for the order. The request is the checkout's own fields, among them the card in
+ * "KEST-CCard-Number" and whatever else the server wants to know of the customer, and the order lines. On success the
+ * purchase holds the reply's fields ("KEST-TxN", "KEST-TotalAmount", "KEST-TaxAmount", "KEST-Merchant",
+ * "KEST-CCard-Number") and the sale stands in a receipt, see 523. It belongs to the checkout and lives until the checkout
+ * is billed again or destroyed.
+ *
+ * Null: the code in the checkout tells why. KEST_ERROR_EXCHANGE: no valid answer came, and whether the card was charged
+ * is unknown; do not just call again. Any other code is the server's refusal. A code that is as it was before: there was
+ * no memory for the request, and nothing was sent. The code is not reset by a success. Once the server has confirmed the
+ * charge the purchase is returned, also when there is no memory left or the receipt cannot be written.
+ *
+ * What a reply says in "KEST-User-IDEx" and "KEST-Host" stays in the checkout's own fields and goes out with its later
+ * requests.
+ */
+KEST_API KestPurchase* KEST_CALL KestBillCustomer(KestCheckout* checkout);
+
+/*
+ * 517. Fetches the bill of the transaction in the checkout's own field "KEST-TxN" and leaves the bill's number there.
+ * The bill has the reply's fields and its products (509, 510). It belongs to the checkout and lives until the next bill
+ * is fetched or the checkout is destroyed. Null: the code in the checkout tells why, as in 515; nothing is charged.
+ */
+KEST_API KestBill* KEST_CALL KestGetBill(KestCheckout* checkout);
+
+/* ---- Receipts --------------------------------------------------------------------------------------------------- */
+
+/*
+ * 523. Finds the first receipt whose application GUID (512) equals `guid` byte for byte and sets these fields in
+ * `target`: "KEST-Receipt-Date" (month-day-year in UTC, no leading zeros), "KEST-Receipt-Price" (total less tax, two
+ * decimals), "KEST-Receipt-Tax", "KEST-Receipt-Total", "KEST-Receipt-Merchant", "KEST-Receipt-Card" (0, 1, 2, 4: a number
+ * that begins with 37, 6, 5, 4; 3: any other; 4294967295: not stored) and "KEST-Receipt-TxN". Null, unlike an empty
+ * text, finds a receipt that was stored without a GUID. The server is not asked.
+ * False when there is none, or no memory; the fields may then be set in part.
+ *
+ * Receipts lie under HKEY_CURRENT_USER, on other systems than Windows in files of the user's; card numbers are not
+ * among what they hold.
+ */
+KEST_API KestBool KEST_CALL KestLoadReceipt(KestFieldSet* target, const char* guid);
 
 #ifdef __cplusplus
 }

@@ -16,6 +16,9 @@ class Bill : public FieldSet {
   // Renders the own fields, then the "KEST-Product" line of each record.
   String Format() const override;
 
+  // Clears the bill and fills it from a reply. Throws Qor::MemoryException and changes nothing when there is no memory.
+  void Load(const FieldSet& reply);
+
   ProductRecords& Records() { return records; }
   const ProductRecords& Records() const { return records; }
 

@@ -1,8 +1,11 @@
 // Ordinals 500 to 526: commerce objects and operations.
+#include "api/bill_customer.h"
 #include "api/commerce_call.h"
 #include "api/export_support.h"
+#include "api/get_bill.h"
 #include "api/get_product_list.h"
 #include "api/library_state.h"
+#include "store/receipts.h"
 #include "transport/server_settings.h"
 
 using namespace kest;
@@ -46,6 +49,29 @@ void KEST_CALL KestAddOrderLine(KestCheckout* checkout, std::uint32_t sku, std::
   if (checkout == nullptr) return;
   // A 16-bit quantity in a 32-bit slot: the upper half is ignored.
   Guarded([&] { FromHandle(checkout)->AddOrderLine(sku, static_cast<std::uint16_t>(quantity)); });
+}
+
+KestPurchase* KEST_CALL KestBillCustomer(KestCheckout* handle) {
+  if (handle == nullptr) return nullptr;
+  Checkout& checkout = *FromHandle(handle);
+  return Guarded<KestPurchase*>(nullptr, [&] {
+    CommerceCall call;
+    return BillCustomer(call, checkout) ? ToHandle(&checkout.PurchaseOf()) : nullptr;
+  });
+}
+
+KestBill* KEST_CALL KestGetBill(KestCheckout* handle) {
+  if (handle == nullptr) return nullptr;
+  Checkout& checkout = *FromHandle(handle);
+  return Guarded<KestBill*>(nullptr, [&] {
+    CommerceCall call;
+    return GetBill(call, checkout) ? ToHandle(&checkout.BillOf()) : nullptr;
+  });
+}
+
+KestBool KEST_CALL KestLoadReceipt(KestFieldSet* target, const char* guid) {
+  if (target == nullptr) return 0;
+  return Guarded<KestBool>(0, [&]() -> KestBool { return FindReceipt(guid, *FromHandle(target)); });
 }
 
 KestBool KEST_CALL KestGetProductList(KestProductList* list, const char* versionId) {

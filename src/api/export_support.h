@@ -23,6 +23,7 @@ inline Bill* FromHandle(KestBill* handle) { return reinterpret_cast<Bill*>(handl
 inline KestFieldSet* ToHandle(FieldSet* set) { return reinterpret_cast<KestFieldSet*>(set); }
 inline KestCheckout* ToHandle(Checkout* checkout) { return reinterpret_cast<KestCheckout*>(checkout); }
 inline KestPurchase* ToHandle(Purchase* purchase) { return reinterpret_cast<KestPurchase*>(purchase); }
+inline KestBill* ToHandle(Bill* bill) { return reinterpret_cast<KestBill*>(bill); }
 inline KestProductList* ToHandle(ProductList* list) { return reinterpret_cast<KestProductList*>(list); }
 
 // Runs `body` and answers what it answers, or `failing` when memory runs out in it.

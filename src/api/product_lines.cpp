@@ -5,6 +5,12 @@ namespace {
 
 bool IsProduct(const NameValuePair& field) { return field.Name().EqualsIgnoringCase(productFieldName); }
 
+std::uint32_t CountProducts(const NameValueList& fields) {
+  std::uint32_t count = 0;
+  for (std::uint32_t i = 0; i < fields.Count(); ++i) count += IsProduct(fields.At(i)) ? 1 : 0;
+  return count;
+}
+
 }  // namespace
 
 void AppendProductLines(const ProductRecords& records, String& text) {
@@ -14,22 +20,24 @@ void AppendProductLines(const ProductRecords& records, String& text) {
   for (std::uint32_t i = 0; i < records.Count(); ++i) records.At(i).AppendLine(text);
 }
 
-SortedReply SortReply(const FieldSet& reply) {
+ProductRecords ProductsOf(const FieldSet& reply) {
   const NameValueList& fields = reply.Fields();
-  std::uint32_t products = 0;
-  for (std::uint32_t i = 0; i < fields.Count(); ++i) products += IsProduct(fields.At(i)) ? 1 : 0;
-  SortedReply sorted;
-  sorted.records.Reserve(products);
-  sorted.fields.Reserve(fields.Count() - products);
+  ProductRecords records;
+  records.Reserve(CountProducts(fields));
   for (std::uint32_t i = 0; i < fields.Count(); ++i) {
-    const NameValuePair& field = fields.At(i);
-    if (IsProduct(field)) {
-      sorted.records.AppendNew().Parse(field.Value());
-    } else {
-      sorted.fields.Add(field.Name(), field.Value());
-    }
+    if (IsProduct(fields.At(i))) records.AppendNew().Parse(fields.At(i).Value());
   }
-  return sorted;
+  return records;
+}
+
+NameValueList OtherFieldsOf(const FieldSet& reply) {
+  const NameValueList& fields = reply.Fields();
+  NameValueList others;
+  others.Reserve(fields.Count() - CountProducts(fields));
+  for (std::uint32_t i = 0; i < fields.Count(); ++i) {
+    if (!IsProduct(fields.At(i))) others.Add(fields.At(i).Name(), fields.At(i).Value());
+  }
+  return others;
 }
 
 }  // namespace kest

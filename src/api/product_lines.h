@@ -8,14 +8,11 @@ namespace kest {
 // Appends the "KEST-Product" line of every record, in order; makes room for all of them first.
 void AppendProductLines(const ProductRecords& records, String& text);
 
-// A reply sorted into products and everything else, each in reply order.
-struct SortedReply {
-  NameValueList fields;
-  ProductRecords records;
-};
+// A reply's products, in reply order: one record for each "KEST-Product" field (letter case ignored). Throws
+// Qor::MemoryException when there is no memory, as does the next one.
+ProductRecords ProductsOf(const FieldSet& reply);
 
-// Sorts a reply: each "KEST-Product" field (letter case ignored) becomes one record, every other field is kept as it is.
-// Throws Qor::MemoryException when there is no memory.
-SortedReply SortReply(const FieldSet& reply);
+// Every other field of a reply, in reply order.
+NameValueList OtherFieldsOf(const FieldSet& reply);
 
 }  // namespace kest

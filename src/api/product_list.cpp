@@ -19,11 +19,12 @@ String ProductList::Format() const {
 }
 
 void ProductList::Load(const FieldSet& reply) {
-  SortedReply sorted = SortReply(reply);
+  ProductRecords products = ProductsOf(reply);
+  NameValueList others = OtherFieldsOf(reply);
   Clear();
   // Nothing fails from here on: the list holds the old reply or the new one, never a part.
-  Fields() = std::move(sorted.fields);
-  records = std::move(sorted.records);
+  Fields() = std::move(others);
+  records = std::move(products);
 }
 
 FieldSet* ProductList::Next() {

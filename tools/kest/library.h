@@ -34,6 +34,9 @@ namespace kest_host {
   X(KestGetBillProductCount, KEST_ORDINAL_GET_BILL_PRODUCT_COUNT) \
   X(KestSetApplicationGuid, KEST_ORDINAL_SET_APPLICATION_GUID)   \
   X(KestAddOrderLine, KEST_ORDINAL_ADD_ORDER_LINE)               \
+  X(KestBillCustomer, KEST_ORDINAL_BILL_CUSTOMER)                \
+  X(KestGetBill, KEST_ORDINAL_GET_BILL)                          \
+  X(KestLoadReceipt, KEST_ORDINAL_LOAD_RECEIPT)                  \
   X(KestGetProductList, KEST_ORDINAL_GET_PRODUCT_LIST)           \
   X(KestNextProduct, KEST_ORDINAL_NEXT_PRODUCT)                  \
   X(KestClearOrder, KEST_ORDINAL_CLEAR_ORDER)
