@@ -2,6 +2,7 @@
 // library in the process.
 #include <future>
 #include <thread>
+#include <vector>
 
 #include "road/loaded.h"
 #include "road/road_test.h"
@@ -9,16 +10,24 @@
 namespace kest_road {
 namespace {
 
+void Configure(kest_host::Library& library) {
+  const auto port = static_cast<std::uint32_t>(std::stoul(Environment("KEST_PORT")));
+  ASSERT_EQ(1, library.KestSetServer("localhost", port, ReadFile(Environment("KEST_KEY_FILE")).c_str()));
+  library.KestSetApplicationGuid("8E0F7A12-BFB3-4FE8-B9A5-48FD50A15A9A");
+}
+
+void Fetch(kest_host::Library& library) {
+  KestProductList* list = library.KestCreateProductList();
+  EXPECT_EQ(1, library.KestGetProductList(list, "2.1"));
+  library.KestDestroyProductList(list);
+}
+
 // Fetches a list from a server that is looked up by name, and lets the library go.
 void LoadFetchAndUnload() {
   kest_host::Library library(Environment("KESTAPI_LIBRARY"));
   EXPECT_TRUE(IsLoaded(Environment("KESTAPI_LIBRARY")));
-  const auto port = static_cast<std::uint32_t>(std::stoul(Environment("KEST_PORT")));
-  ASSERT_EQ(1, library.KestSetServer("localhost", port, ReadFile(Environment("KEST_KEY_FILE")).c_str()));
-  library.KestSetApplicationGuid("8E0F7A12-BFB3-4FE8-B9A5-48FD50A15A9A");
-  KestProductList* list = library.KestCreateProductList();
-  EXPECT_EQ(1, library.KestGetProductList(list, "2.1"));
-  library.KestDestroyProductList(list);
+  Configure(library);
+  Fetch(library);
 }
 
 TEST(LibraryRoad, LoadingUnloadingAndLoadingAgainWorks) {
@@ -41,6 +50,23 @@ TEST(LibraryRoad, AThreadThatCalledItOutlivesTheLibrary) {
   unloaded.set_value();
   thread.join();  // what the library left with the thread would be called here
   LoadFetchAndUnload();
+}
+
+TEST(LibraryRoad, SeveralThreadsUseItAndItIsUnloadedAndLoadedAgainBehindThem) {
+  for (int i = 0; i < 3; ++i) {
+    {
+      kest_host::Library library(Environment("KESTAPI_LIBRARY"));
+      Configure(library);
+      std::vector<std::thread> threads;
+      for (int t = 0; t < 4; ++t) {
+        threads.emplace_back([&library] {
+          for (int call = 0; call < 3; ++call) Fetch(library);
+        });
+      }
+      for (std::thread& thread : threads) thread.join();
+    }
+    EXPECT_FALSE(IsLoaded(Environment("KESTAPI_LIBRARY"))) << i;
+  }
 }
 
 TEST(LibraryRoad, ALibraryLoadedAgainKnowsNothingOfBefore) {
