@@ -19,9 +19,18 @@ _registry = tempfile.TemporaryDirectory()
 
 def kest(*arguments, stdin=""):
     """Runs the host; answers its exit code, its data and its words."""
-    done = subprocess.run([*COMMAND, *arguments], input=stdin.encode(), stdout=subprocess.PIPE, stderr=subprocess.PIPE,
-                          timeout=120, env={**os.environ, "KESTAPI_REGISTRY": _registry.name})
-    return done.returncode, done.stdout.decode().replace("\r", ""), done.stderr.decode().replace("\r", "")
+    # Files, not pipes: Wine's background processes hold what they inherit, and a reader would wait for them too.
+    with tempfile.TemporaryFile() as data, tempfile.TemporaryFile() as words, tempfile.TemporaryFile() as given:
+        given.write(stdin.encode())
+        given.seek(0)
+        done = subprocess.run([*COMMAND, *arguments], stdin=given, stdout=data, stderr=words, timeout=120,
+                              env={**os.environ, "KESTAPI_REGISTRY": _registry.name})
+        return done.returncode, _text_of(data), _text_of(words)
+
+
+def _text_of(file):
+    file.seek(0)
+    return file.read().decode().replace("\r", "")
 
 
 def kest_json(*arguments, **more):

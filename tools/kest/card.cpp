@@ -11,9 +11,12 @@ namespace {
 
 constexpr std::size_t mostDigits = 32;
 constexpr std::size_t leastCardDigits = 12;
-constexpr std::size_t shownDigits = 5;  // the first and the last four
+constexpr std::size_t leastTellingDigits = 8;  // a shorter text is no number that anybody could use
+constexpr std::size_t shownDigits = 6;         // the first two, which tell the kind, and the last four
 
-bool IsDigit(char character) { return character >= '0' && character <= '9'; }
+bool IsDigit(char character) {
+  return character >= '0' && character <= '9';
+}
 
 // Empty when `text` is no card number.
 std::string DigitsOf(const std::string& text) {
@@ -48,12 +51,13 @@ std::string ReadCard(const std::string& value) {
 
 std::string MaskCard(const std::string& number) {
   const auto count = static_cast<std::size_t>(std::count_if(number.begin(), number.end(), IsDigit));
-  const bool isShort = count <= 2 * shownDigits;
+  if (count <= shownDigits) return number;
+  const bool isShort = count < leastCardDigits;
   std::string masked = number;
   std::size_t seen = 0;
   for (char& character : masked) {
     if (!IsDigit(character)) continue;
-    const bool isShown = seen == 0 || seen + 4 >= count;
+    const bool isShown = seen < 2 || seen + 4 >= count;
     if (isShort || !isShown) character = '*';
     ++seen;
   }
@@ -63,7 +67,7 @@ std::string MaskCard(const std::string& number) {
 void HideCard(Fields& fields, const std::string& number) {
   for (auto& field : fields) {
     if (IsSameName(field.first, "KEST-CCard-Number")) field.second = MaskCard(field.second);
-    if (number.empty()) continue;
+    if (number.size() < leastTellingDigits) continue;
     const std::string masked = MaskCard(number);
     for (std::size_t at = 0; (at = field.second.find(number, at)) != std::string::npos; at += masked.size()) {
       field.second.replace(at, number.size(), masked);

@@ -13,10 +13,11 @@ namespace kest_host {
 // std::runtime_error for a line, that is no number; the message never holds it.
 std::string ReadCard(const std::string& value);
 
-// Stars for every digit but the first and the last four; all of a short number. What is no digit stays.
+// Stars for every digit but the first two and the last four; for all of a number that is too short for a card. What is no
+// digit stays, and so does what is masked already: a text of six digits at the most.
 std::string MaskCard(const std::string& number);
 
-// Masks the field "KEST-CCard-Number", and `number`, when it is not empty, wherever else it stands in a value.
+// Masks the field "KEST-CCard-Number", and `number`, when it is one to hide, wherever else it stands in a value.
 void HideCard(Fields& fields, const std::string& number);
 
 // A text for people in which whatever is as long as a card number has stars.

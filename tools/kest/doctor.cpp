@@ -79,11 +79,12 @@ void ExamineKey(const DoctorOptions& options, Findings& findings) {
   if (options.server.server.empty() || !*findings.keyIsGood || !findings.serverAnswers.value_or(true)) return;
   findings.exchangeWorks = Exchange(library, options.versionId);
   if (*findings.exchangeWorks) return;
-  findings.faults.push_back(findings.serverAnswers
-                                ? "the server takes connections, but the exchange failed: the key is not its own, or it is "
-                                  "no commerce server"
-                                : "the exchange through the proxy failed: the proxy or the server is not there, or the key "
-                                  "is not the server's own");
+  findings.faults.push_back(
+      findings.serverAnswers
+          ? "the server takes connections, but the exchange failed: the key is not its own, or it is "
+            "no commerce server"
+          : "the exchange through the proxy failed: the proxy or the server is not there, or the key "
+            "is not the server's own");
 }
 
 void ExamineServer(const ServerOptions& options, Findings& findings) {
@@ -99,9 +100,15 @@ const char* Word(const std::optional<bool>& finding, const char* good, const cha
   return !finding ? "not checked" : *finding ? good : bad;
 }
 
-const char* KeyWord(const Findings& findings) { return Word(findings.keyIsGood, "good", "unusable"); }
-const char* ServerWord(const Findings& findings) { return Word(findings.serverAnswers, "reachable", "not reachable"); }
-const char* ExchangeWord(const Findings& findings) { return Word(findings.exchangeWorks, "done", "failed"); }
+const char* KeyWord(const Findings& findings) {
+  return Word(findings.keyIsGood, "good", "unusable");
+}
+const char* ServerWord(const Findings& findings) {
+  return Word(findings.serverAnswers, "reachable", "not reachable");
+}
+const char* ExchangeWord(const Findings& findings) {
+  return Word(findings.exchangeWorks, "done", "failed");
+}
 
 std::size_t FoundFunctions(const Findings& findings) {
   return findings.loaded ? std::size(hostFunctions) - findings.missing.size() : 0;

@@ -44,7 +44,8 @@ int RunErrors(const std::string& code, bool json) {
     PrintJson({{"errors", ToJson(errors)}});
   } else if (!errors.empty()) {
     PrintTable(errors);
-    std::cerr << "kest: codes other than " << KEST_ERROR_EXCHANGE << " are the sandbox's; another server has its own.\n";
+    std::cerr << "kest: codes other than " << KEST_ERROR_EXCHANGE
+              << " are the sandbox's; another server has its own.\n";
   }
   FinishOutput();
   if (!errors.empty()) return exitDone;

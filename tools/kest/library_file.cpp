@@ -18,11 +18,14 @@ Bytes Read(std::ifstream& file, std::uint64_t offset, std::size_t count) {
 }
 
 // An ELF file says it in its fifth byte.
-int BitsOfElf(const Bytes& head) { return head[4] == 1 ? 32 : head[4] == 2 ? 64 : 0; }
+int BitsOfElf(const Bytes& head) {
+  return head[4] == 1 ? 32 : head[4] == 2 ? 64 : 0;
+}
 
 // A PE file says where its header begins, and that names the machine.
 int BitsOfPe(std::ifstream& file, const Bytes& head) {
-  const std::uint32_t offset = head[0x3C] | head[0x3D] << 8 | head[0x3E] << 16 | static_cast<std::uint32_t>(head[0x3F]) << 24;
+  const std::uint32_t offset =
+      head[0x3C] | head[0x3D] << 8 | head[0x3E] << 16 | static_cast<std::uint32_t>(head[0x3F]) << 24;
   const Bytes header = Read(file, offset, 6);
   if (header.size() < 6 || header[0] != 'P' || header[1] != 'E' || header[2] != 0 || header[3] != 0) return 0;
   const int machine = header[4] | header[5] << 8;

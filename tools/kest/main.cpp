@@ -4,19 +4,26 @@
 #include <iostream>
 #include <sstream>
 
+#include "bill.h"
+#include "buy.h"
 #include "card.h"
 #include "doctor.h"
 #include "exit_codes.h"
 #include "products.h"
+#include "receipt.h"
 #include "tables.h"
 
 namespace {
 
+using kest_host::SaleOptions;
 using kest_host::ServerOptions;
 
 // Every command's options, filled by the parser.
 struct Options {
   kest_host::ProductsOptions products;
+  kest_host::BuyOptions buy;
+  kest_host::BillOptions bill;
+  kest_host::ReceiptOptions receipt;
   kest_host::DoctorOptions doctor;
   bool cardsJson = false;
   std::string errorCode;
@@ -28,7 +35,9 @@ void AddLibrary(CLI::App& command, std::string& library, std::string& guid) {
   command.add_option("--guid", guid, "GUID of the application");
 }
 
-void AddJson(CLI::App& command, bool& json) { command.add_flag("--json", json, "Print JSON instead of text"); }
+void AddJson(CLI::App& command, bool& json) {
+  command.add_flag("--json", json, "Print JSON instead of text");
+}
 
 void AddVersionId(CLI::App& command, std::string& versionId) {
   command.add_option("--version-id", versionId, "Version of the application that asks");
@@ -40,6 +49,13 @@ void AddServer(CLI::App& command, ServerOptions& options, bool required) {
   command.add_option("--key", options.keyFile, "File with the server's public key text")->required(required);
   command.add_option("--proxy", options.proxy, "HTTP proxy: HOST or HOST:PORT");
   AddLibrary(command, options.library, options.guid);
+}
+
+void AddSale(CLI::App& command, SaleOptions& options) {
+  AddServer(command, options.server, true);
+  command.add_option("--field", options.fields, "A further field of the checkout, NAME=VALUE; may be repeated")
+      ->allow_extra_args(false);
+  AddJson(command, options.json);
 }
 
 // Adds a command whose action runs when it was the one that was asked for.
@@ -57,6 +73,24 @@ void AddCommands(CLI::App& app, Options& options, std::function<int()>& chosen) 
   AddServer(products, options.products.server, true);
   AddVersionId(products, options.products.versionId);
   AddJson(products, options.products.json);
+
+  CLI::App& buy = AddCommand(app, "buy", "Charge a card for an order and show the purchase", chosen,
+                             [&options] { return RunBuy(options.buy); });
+  buy.add_option("order", options.buy.order, "What to buy: SKU or SKU:QUANTITY, ...")->required();
+  buy.add_option("--card", options.buy.card, "Card number; - takes it from stdin, @FILE from a file")->required();
+  AddSale(buy, options.buy.sale);
+
+  CLI::App& bill = AddCommand(app, "bill", "Fetch the bill of a transaction and show it", chosen,
+                              [&options] { return RunBill(options.bill); });
+  bill.add_option("transaction", options.bill.transaction, "Number of the transaction, as kest buy showed it")
+      ->required();
+  AddSale(bill, options.bill.sale);
+
+  CLI::App& receipt = AddCommand(app, "receipt", "Show the receipt that is stored here for an application", chosen,
+                                 [&options] { return RunReceipt(options.receipt); });
+  receipt.add_option("wanted", options.receipt.wanted, "GUID of the application; that of --guid unless given");
+  AddLibrary(receipt, options.receipt.library, options.receipt.guid);
+  AddJson(receipt, options.receipt.json);
 
   CLI::App& cards = AddCommand(app, "cards", "Show the cards that the sandbox knows", chosen,
                                [&options] { return RunCards(options.cardsJson); });
@@ -79,7 +113,7 @@ int Run(int argc, char** argv) {
   app.require_subcommand(1);
   app.footer(
       "Exit codes: 0 done, 1 failed on this machine, 2 usage, 3 no valid answer from the server,\n"
-      "4 refused by the server, 5 no such error code.");
+      "4 refused by the server, 5 no such receipt or error code.");
   Options options;
   std::function<int()> chosen;
   AddCommands(app, options, chosen);

@@ -1,11 +1,11 @@
-#include "module.h"
-
 #include <dlfcn.h>
 #include <link.h>
 #include <unistd.h>
 
 #include <climits>
 #include <stdexcept>
+
+#include "module.h"
 
 namespace kest_host {
 namespace {
@@ -30,15 +30,21 @@ Module::Module(const std::string& path) {
   if (handle == nullptr) throw std::runtime_error(std::string("the library cannot be loaded: ") + dlerror());
 }
 
-Module::~Module() { dlclose(handle); }
+Module::~Module() {
+  dlclose(handle);
+}
 
-Module::Function Module::Find(const char* name, int) const { return reinterpret_cast<Function>(dlsym(handle, name)); }
+Module::Function Module::Find(const char* name, int) const {
+  return reinterpret_cast<Function>(dlsym(handle, name));
+}
 
 std::string Module::Path() const {
   const link_map* map = nullptr;
   return dlinfo(handle, RTLD_DI_LINKMAP, &map) == 0 ? map->l_name : std::string();
 }
 
-std::string Module::FileVersion() const { return {}; }
+std::string Module::FileVersion() const {
+  return {};
+}
 
 }  // namespace kest_host

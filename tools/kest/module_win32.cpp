@@ -1,10 +1,10 @@
-#include "module.h"
-
 #include <windows.h>
 
 #include <cstring>
 #include <stdexcept>
 #include <vector>
+
+#include "module.h"
 
 namespace kest_host {
 namespace {
@@ -23,7 +23,9 @@ Module::Module(const std::string& path) {
   }
 }
 
-Module::~Module() { FreeLibrary(static_cast<HMODULE>(handle)); }
+Module::~Module() {
+  FreeLibrary(static_cast<HMODULE>(handle));
+}
 
 Module::Function Module::Find(const char*, int ordinal) const {
   const FARPROC address = GetProcAddress(static_cast<HMODULE>(handle), MAKEINTRESOURCEA(ordinal));
@@ -49,8 +51,8 @@ std::string Module::FileVersion() const {
   if (!VerQueryValueA(data.data(), "\\", &block, &size) || size < sizeof(VS_FIXEDFILEINFO)) return {};
   const auto* info = static_cast<const VS_FIXEDFILEINFO*>(block);
   const auto word = [](DWORD both, int shift) { return std::to_string(both >> shift & 0xFFFF); };
-  return word(info->dwFileVersionMS, 16) + "." + word(info->dwFileVersionMS, 0) + "." + word(info->dwFileVersionLS, 16) +
-         "." + word(info->dwFileVersionLS, 0);
+  return word(info->dwFileVersionMS, 16) + "." + word(info->dwFileVersionMS, 0) + "." +
+         word(info->dwFileVersionLS, 16) + "." + word(info->dwFileVersionLS, 0);
 }
 
 }  // namespace kest_host

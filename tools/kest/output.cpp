@@ -85,7 +85,9 @@ Json ToJson(const std::vector<Fields>& records) {
   return array;
 }
 
-void PrintJson(const Json& document) { std::cout << document.dump(2) << '\n'; }
+void PrintJson(const Json& document) {
+  std::cout << document.dump(2) << '\n';
+}
 
 void FinishOutput() {
   if (!std::cout.flush()) throw std::runtime_error("the output could not be written");

@@ -13,7 +13,8 @@ struct ProductsOptions {
   bool json = false;
 };
 
-// Answers the exit code. Data goes to stdout, words go to stderr. Throws std::runtime_error with a sentence for the user.
+// Answers the exit code. Data goes to stdout, words go to stderr. Throws std::runtime_error with a sentence for the
+// user.
 int RunProducts(const ProductsOptions& options);
 
 }  // namespace kest_host

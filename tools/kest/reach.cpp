@@ -15,7 +15,9 @@ namespace {
 #ifdef _WIN32
 using Socket = SOCKET;
 constexpr Socket noSocket = INVALID_SOCKET;
-void Close(Socket opened) { closesocket(opened); }
+void Close(Socket opened) {
+  closesocket(opened);
+}
 
 struct Network {
   WSADATA data{};
@@ -27,7 +29,9 @@ struct Network {
 #else
 using Socket = int;
 constexpr Socket noSocket = -1;
-void Close(Socket opened) { close(opened); }
+void Close(Socket opened) {
+  close(opened);
+}
 
 struct Network {
   bool started = true;

@@ -14,7 +14,8 @@ std::string ReadKey(const std::string& path) {
   std::ifstream file(path, std::ios::binary);
   const std::string text{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
   if (!file) throw std::runtime_error("the key file " + path + " cannot be read; kest-sandbox writes it as public.key");
-  if (text.empty()) throw std::runtime_error("the key file " + path + " is empty; kest-sandbox writes it as public.key");
+  if (text.empty())
+    throw std::runtime_error("the key file " + path + " is empty; kest-sandbox writes it as public.key");
   return text;
 }
 
