@@ -79,6 +79,17 @@ TEST_F(RegistryEnumeratorTest, BehindTheEndThenTheIndexStillMovesOn) {
   EXPECT_FALSE(walk.HasReachedEnd());
 }
 
+TEST_F(RegistryEnumeratorTest, IndexRunsOutBehindTheEndThenTheWalkHasFailed) {
+  registry.Put("HKCU\\Shop");
+  Open();
+  RegistryEnumerator walk(key, RegistryItems::subkeys);
+  for (int i = 0; i < 65536; ++i) walk.Next();
+  EXPECT_TRUE(walk.HasReachedEnd());
+  EXPECT_TRUE(walk.Next().IsEmpty());
+  EXPECT_FALSE(walk.HasReachedEnd());
+  EXPECT_EQ("key 65535 of HKCU\\Shop", registry.calls.back());
+}
+
 TEST_F(RegistryEnumeratorTest, LongNameThenAllOfIt) {
   const std::string name(16383, 'n');
   registry.Put("HKCU\\Shop", name, "data");

@@ -8,6 +8,7 @@
 #include "core/exception.h"
 #include "support/registry_fixture.h"
 #include "support/storage_inspection.h"
+#include "support/storage_recorder.h"
 
 namespace kest {
 namespace {
@@ -180,6 +181,9 @@ TEST_F(RegistryKeyTest, ValueShrinksBeforeItIsReadThenWhatIsLeftOfIt) {
   registry.before = [&](const std::string& call) {
     if (call == "read HKCU\\Shop : Value") registry.Put("HKCU\\Shop", "Value", "ab");
   };
+  // In memory that is not clear by chance.
+  testing::StorageRecorder dirty(registry);
+  testing::SystemInForce dirtyInForce(dirty);
   RegistryKey key;
   key.Open(os::CurrentUser(), "Shop", os::keyRead);
   EXPECT_EQ("ab", Content(key.QueryString("Value")));

@@ -31,7 +31,9 @@ TEST(CardType, ThreeAndAnotherDigitThenThree) {
 }
 
 TEST(CardType, AnotherFirstDigitThenThree) {
-  for (const char* number : {"0", "1", "2", "7", "8", "9", "04", "73", "14"}) EXPECT_EQ(3u, TypeOf(number)) << number;
+  for (const char* number : {"0", "1", "2", "7", "8", "9", "04", "07", "17", "27", "73", "97"}) {
+    EXPECT_EQ(3u, TypeOf(number)) << number;
+  }
 }
 
 TEST(CardType, NoDigitsThenThree) {
