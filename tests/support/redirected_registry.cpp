@@ -23,6 +23,8 @@ RedirectedRegistry::RedirectedRegistry(os::System& target)
 RedirectedRegistry::~RedirectedRegistry() {
 #ifdef _WIN32
   RegDeleteTreeA(HKEY_CURRENT_USER, top.c_str());
+  // Stays while another run has its key below.
+  RegDeleteKeyA(HKEY_CURRENT_USER, "Software\\Veltrix Test");
 #else
   std::filesystem::remove_all(store);
   unsetenv("KESTAPI_REGISTRY");
