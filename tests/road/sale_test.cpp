@@ -1,6 +1,8 @@
 // A host sells through the exports of the built library, to a live server, and keeps receipts in the real registry.
 #include <gmock/gmock.h>
 
+#include <algorithm>
+#include <filesystem>
 #include <set>
 #include <thread>
 
@@ -11,6 +13,7 @@ namespace {
 
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
+using ::testing::Not;
 using ::testing::SizeIs;
 
 TEST_F(SaleRoad, APurchaseTellsTransactionAmountsMerchantAndCard) {
@@ -187,15 +190,31 @@ TEST_F(SaleRoad, HostAndIdentifierOfAReplyGoOutWithLaterRequests) {
   EXPECT_EQ(std::string::npos, last.find("\"KEST-User-ID\"")) << last;
 }
 
-TEST_F(SaleRoad, TheCardNumberStandsInNoRegistryValueAndNoRecordOfTheServer) {
-  ASSERT_NE(nullptr, BuyOne());
+// The files of the server that hold `text`: its database, its log and, where the registry is files, the registry.
+std::vector<std::string> FilesWith(const std::string& text) {
+  std::vector<std::string> holding;
+  int files = 0;
+  for (const auto& entry : std::filesystem::recursive_directory_iterator(Environment("KEST_SANDBOX_DIR"))) {
+    if (!entry.is_regular_file()) continue;
+    ++files;
+    if (ReadFile(entry.path().string()).find(text) != std::string::npos) holding.push_back(entry.path().string());
+  }
+  EXPECT_GE(files, 5) << "the server's files are elsewhere";
+  return holding;
+}
+
+TEST_F(SaleRoad, TheCardNumberStandsInNoRegistryValueNoFileAndNoRecordOfTheServer) {
+  const std::string transaction = TransactionOf(BuyOne());
   SetField("KEST-CCard-Number", declinedCard);
   ASSERT_EQ(nullptr, BuyOne());
   for (const std::string number : {goodCard, declinedCard}) {
     EXPECT_FALSE(RegistryHolds(number));
+    EXPECT_THAT(FilesWith(number), IsEmpty());
     EXPECT_EQ(std::string::npos, admin.Get("/requests").dump().find(number));
   }
+  // What is looked for would be found where it is.
   EXPECT_TRUE(RegistryHolds(guid));
+  EXPECT_THAT(FilesWith(transaction), Not(IsEmpty()));
 }
 
 TEST_F(SaleRoad, ThreadsWithCheckoutsOfTheirOwnSellSideBySide) {
