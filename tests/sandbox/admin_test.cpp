@@ -179,6 +179,21 @@ TEST_F(Admin, RequestRefusedAfterItWasOpenedIsShownWithItsFields) {
   EXPECT_EQ(request["reply"], Json::array());
 }
 
+TEST(AdminRecord, OfARequestRefusedAtTheVeryEndHasNoReply) {
+  TestServerOptions options;
+  options.sessions.most = 1;
+  TestServer server(options);
+  TestClient client(server.Port(), server.KeyText());
+  ASSERT_TRUE(client.Handshake());
+  const std::string body = client.HandshakeBody(client.HandshakeFields());
+  client.connectionId.clear();
+  EXPECT_EQ(client.Send(client.Head("/GetProductList", body.size()) + body).status, 503);
+  const Json request = AdminClient(server.AdminPort()).Get("/requests").json["requests"][1];
+  EXPECT_EQ(request["status"], 503);
+  EXPECT_EQ(request["request"].size(), 4u);
+  EXPECT_EQ(request["reply"], Json::array());
+}
+
 TEST_F(Admin, BytesThatAreNotUtf8AreReplaced) {
   ASSERT_TRUE(client.Call("GetProductList", {{"GUID", "a\xffz"}}).has_value());
   EXPECT_EQ(Requests()[1]["request"][0][1], "a\xef\xbf\xbdz");
