@@ -176,7 +176,9 @@ Json Parse(const std::string& text) {
   try {
     return Json::parse(text);
   } catch (const Json::exception& error) {
-    throw FaultError(std::string("this is not JSON: ") + error.what());
+    // The library's words begin with its own number for the error.
+    const std::string words = error.what();
+    throw FaultError("this is not JSON: " + words.substr(words.find("] ") + 2));
   }
 }
 

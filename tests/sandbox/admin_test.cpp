@@ -235,7 +235,7 @@ TEST_F(Admin, UnknownPathIs404) {
   for (const char* path : {"/", "/healthy", "/state/", "/Health", "//health"}) {
     const AdminAnswer answer = admin.Get(path);
     EXPECT_EQ(answer.status, 404) << path;
-    EXPECT_TRUE(answer.json["error"].is_string()) << path;
+    EXPECT_TRUE(answer.json.contains("error")) << path;
   }
 }
 
@@ -274,7 +274,7 @@ TEST_F(Admin, HostMustBeTheMachineItself) {
                            "[::2]", "[127.0.0.1]", "[localhost]", "::1", "[::1", "", ":80", "127.1"}) {
     const AdminAnswer answer = WithLines("GET /health", std::string("Host: ") + host + "\r\n");
     EXPECT_EQ(answer.status, 403) << host;
-    EXPECT_TRUE(answer.json["error"].is_string()) << host;
+    EXPECT_TRUE(answer.json.contains("error")) << host;
   }
   EXPECT_EQ(WithLines("GET /health", "").status, 403);
 }
@@ -291,7 +291,7 @@ TEST_F(Admin, BodyLargerThanAMegabyteIs413) {
   const std::string large(1024 * 1024 + 1, ' ');
   const AdminAnswer answer = admin.Post("/faults", large);
   EXPECT_EQ(answer.status, 413);
-  EXPECT_TRUE(answer.json["error"].is_string());
+  EXPECT_TRUE(answer.json.contains("error"));
   const std::string empty = R"({"faults": []})";
   EXPECT_EQ(admin.Post("/faults", empty + std::string(1024 * 1024 - empty.size(), ' ')).status, 200);
 }
@@ -299,7 +299,7 @@ TEST_F(Admin, BodyLargerThanAMegabyteIs413) {
 TEST_F(Admin, WhatIsNotHttpIs400) {
   const AdminAnswer answer = admin.Send("nonsense\r\n\r\n");
   EXPECT_EQ(answer.status, 400);
-  EXPECT_TRUE(answer.json["error"].is_string());
+  EXPECT_TRUE(answer.json.contains("error"));
 }
 
 TEST(AdminRun, StopClosesAConnectionOnWhichNothingArrived) {

@@ -84,7 +84,7 @@ TEST(FaultReading, WholeMustBeAListOfFaults) {
   EXPECT_EQ(WordsForText("{}"), "the whole: \"faults\" is missing");
   EXPECT_EQ(WordsForText(R"({"faults": 1})"), "faults: must be a list");
   EXPECT_EQ(WordsForText(R"({"faults": [], "more": 1})"), "the whole: the key \"more\" has no meaning here");
-  EXPECT_THAT(WordsForText("{"), ::testing::HasSubstr("this is not JSON: "));
+  EXPECT_THAT(WordsForText("{"), ::testing::HasSubstr("this is not JSON: parse error at line 1"));
   EXPECT_THAT(WordsForText("\"\xff\""), ::testing::HasSubstr("this is not JSON: "));
   EXPECT_EQ(WordsForText(R"({"faults": []})"), "(nothing)");
 }
