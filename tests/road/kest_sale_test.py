@@ -250,6 +250,12 @@ class Receipt(unittest.TestCase):
         self.assertEqual(kest("receipt", guid), kest("receipt", "--guid", guid))
         self.assertEqual(0, kest("receipt", guid, "--guid", new_guid())[0])
 
+    def test_without_a_guid_a_sale_without_one_is_found(self):
+        self.assertEqual(0, buy("7", guid=None)[0])
+        code, out, _ = kest("receipt")
+        self.assertEqual(0, code)
+        self.assertIn("Transaction", out)
+
     def test_an_application_without_a_sale_has_no_receipt(self):
         guid = new_guid()
         code, out, words = kest("receipt", guid)
