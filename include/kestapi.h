@@ -233,7 +233,7 @@ KEST_API KestBill* KEST_CALL KestGetBill(KestCheckout* checkout);
  * decimals), "KEST-Receipt-Tax", "KEST-Receipt-Total", "KEST-Receipt-Merchant", "KEST-Receipt-Card" (0, 1, 2, 4: a number
  * that begins with 37, 6, 5, 4; 3: any other; 4294967295: not stored) and "KEST-Receipt-TxN". Null, unlike an empty
  * text, finds a receipt that was stored without a GUID. The server is not asked.
- * False when there is none, or no memory; the fields may then be set in part.
+ * False when there is none, or no memory; the fields are then as they were.
  *
  * Receipts lie under HKEY_CURRENT_USER, on other systems than Windows in files of the user's; card numbers are not
  * among what they hold.

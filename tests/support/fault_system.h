@@ -1,5 +1,5 @@
 // A system that records every call that can fail, by name and in order, and fails one of them, or all from one on, in
-// the way in which that call says that it failed.
+// one of the ways in which that call says that it failed.
 #pragma once
 
 #include <cstdint>
@@ -17,16 +17,20 @@ class FaultSystem : public ForwardingSystem {
 
   enum class Failing { never, once, fromThenOn };
 
-  // Forgets what was recorded and fails the `point`-th call from now on, the first being 1.
-  void FailAt(std::uint64_t point, Failing how) {
+  // Forgets what was recorded and fails the `point`-th call from now on, the first being 1, in the `inWay`-th way of that
+  // call, the first being 0; a call that has not as many fails in its last.
+  void FailAt(std::uint64_t point, Failing how, int inWay = 0) {
     calls.clear();
+    ways.clear();
     failPoint = point;
     failing = how;
+    failWay = inWay;
   }
   void FailNever() { FailAt(0, Failing::never); }
 
-  // The calls since then, by name.
+  // The calls since then, by name, and in how many ways each can fail.
   const std::vector<std::string>& Calls() const { return calls; }
+  const std::vector<int>& Ways() const { return ways; }
 
   void* GlobalAlloc(std::uint32_t flags, std::size_t bytes) override {
     return Fails("GlobalAlloc") ? nullptr : ForwardingSystem::GlobalAlloc(flags, bytes);
@@ -70,16 +74,14 @@ class FaultSystem : public ForwardingSystem {
     return Fails("GetDIBits") ? 0
                               : ForwardingSystem::GetDIBits(context, bitmap, firstLine, lines, bits, info, colourUse);
   }
-  // The registry's calls fail as for a key that the user may not touch.
+  // The registry's calls fail as for a key that the user may not touch, and as for one that is not there.
   std::int32_t RegOpenKeyExA(os::RegistryHandle parent, const char* path, std::uint32_t options, std::uint32_t access,
                              os::RegistryHandle* key) override {
-    return Fails("RegOpenKeyExA") ? os::errorAccessDenied
-                                  : ForwardingSystem::RegOpenKeyExA(parent, path, options, access, key);
+    return Fails("RegOpenKeyExA", 2) ? RegistryError() : ForwardingSystem::RegOpenKeyExA(parent, path, options, access, key);
   }
   std::int32_t RegCreateKeyExA(os::RegistryHandle parent, const char* path, std::uint32_t options,
                                std::uint32_t access, os::RegistryHandle* key) override {
-    return Fails("RegCreateKeyExA") ? os::errorAccessDenied
-                                    : ForwardingSystem::RegCreateKeyExA(parent, path, options, access, key);
+    return Fails("RegCreateKeyExA", 2) ? RegistryError() : ForwardingSystem::RegCreateKeyExA(parent, path, options, access, key);
   }
   std::int32_t RegCloseKey(os::RegistryHandle key) override {
     // A close that reports a failure has closed all the same.
@@ -89,23 +91,19 @@ class FaultSystem : public ForwardingSystem {
   }
   std::int32_t RegQueryValueExA(os::RegistryHandle key, const char* name, std::uint32_t* type, void* data,
                                 std::uint32_t* size) override {
-    return Fails("RegQueryValueExA") ? os::errorAccessDenied
-                                     : ForwardingSystem::RegQueryValueExA(key, name, type, data, size);
+    return Fails("RegQueryValueExA", 3) ? RegistryError() : ForwardingSystem::RegQueryValueExA(key, name, type, data, size);
   }
   std::int32_t RegSetValueExA(os::RegistryHandle key, const char* name, std::uint32_t type, const void* data,
                               std::uint32_t size) override {
-    return Fails("RegSetValueExA") ? os::errorAccessDenied
-                                   : ForwardingSystem::RegSetValueExA(key, name, type, data, size);
+    return Fails("RegSetValueExA", 2) ? RegistryError() : ForwardingSystem::RegSetValueExA(key, name, type, data, size);
   }
   std::int32_t RegEnumKeyExA(os::RegistryHandle key, std::uint32_t index, char* name,
                              std::uint32_t* characters) override {
-    return Fails("RegEnumKeyExA") ? os::errorAccessDenied
-                                  : ForwardingSystem::RegEnumKeyExA(key, index, name, characters);
+    return Fails("RegEnumKeyExA", 4) ? RegistryError() : ForwardingSystem::RegEnumKeyExA(key, index, name, characters);
   }
   std::int32_t RegEnumValueA(os::RegistryHandle key, std::uint32_t index, char* name,
                              std::uint32_t* characters) override {
-    return Fails("RegEnumValueA") ? os::errorAccessDenied
-                                  : ForwardingSystem::RegEnumValueA(key, index, name, characters);
+    return Fails("RegEnumValueA", 4) ? RegistryError() : ForwardingSystem::RegEnumValueA(key, index, name, characters);
   }
   bool CreateDirectoryA(const char* path) override {
     return !Fails("CreateDirectoryA") && ForwardingSystem::CreateDirectoryA(path);
@@ -152,11 +150,17 @@ class FaultSystem : public ForwardingSystem {
   int connect(os::Socket socket, const os::SocketAddress* address, int length) override {
     return Fails("connect") ? -1 : ForwardingSystem::connect(socket, address, length);
   }
+  // Broken, and cut to one byte.
   int send(os::Socket socket, const void* bytes, int length, int flags) override {
-    return Fails("send") ? -1 : ForwardingSystem::send(socket, bytes, length, flags);
+    const bool isFailing = Fails("send", 2);
+    if (isFailing && way == 0) return -1;
+    return ForwardingSystem::send(socket, bytes, isFailing ? 1 : length, flags);
   }
+  // Broken, ended, and cut to one byte.
   int recv(os::Socket socket, void* bytes, int capacity, int flags) override {
-    return Fails("recv") ? -1 : ForwardingSystem::recv(socket, bytes, capacity, flags);
+    const bool isFailing = Fails("recv", 3);
+    if (isFailing && way < 2) return way == 0 ? -1 : 0;
+    return ForwardingSystem::recv(socket, bytes, isFailing ? 1 : capacity, flags);
   }
   int setsockopt(os::Socket socket, int level, int option, const void* value, int length) override {
     return Fails("setsockopt") ? -1 : ForwardingSystem::setsockopt(socket, level, option, value, length);
@@ -172,14 +176,24 @@ class FaultSystem : public ForwardingSystem {
   }
 
  private:
-  bool Fails(const char* name) {
+  // Whether this call, which can fail in `count` ways, fails; `way` says how.
+  bool Fails(const char* name, int count = 1) {
     calls.emplace_back(name);
+    ways.push_back(count);
+    way = failWay < count ? failWay : count - 1;
     if (failing == Failing::once) return calls.size() == failPoint;
     return failing == Failing::fromThenOn && calls.size() >= failPoint;
+  }
+  std::int32_t RegistryError() const {
+    constexpr std::int32_t errors[] = {os::errorAccessDenied, os::errorFileNotFound, os::errorMoreData,
+                                       os::errorNoMoreItems};
+    return errors[way];
   }
 
   Failing failing = Failing::never;
   std::uint64_t failPoint = 0;
+  int failWay = 0, way = 0;
+  std::vector<int> ways;
   std::vector<std::string> calls;
 };
 

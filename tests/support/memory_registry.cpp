@@ -87,6 +87,11 @@ std::int32_t MemoryRegistry::GiveHandle(const std::string& path, std::uint32_t a
   return os::errorSuccess;
 }
 
+void MemoryRegistry::Clear() {
+  root = Key();
+  calls.clear();
+}
+
 void MemoryRegistry::Put(const std::string& path) { Find(path, true); }
 
 void MemoryRegistry::Put(const std::string& path, const std::string& name, const std::string& data,

@@ -36,6 +36,8 @@ class MemoryRegistry : public ForwardingSystem {
   std::size_t OpenHandles() const { return handles.size(); }
   int WrongHandles() const { return wrongHandles; }
 
+  // Forgets every key and every call.
+  void Clear();
   // Puts a key, and a value into it.
   void Put(const std::string& path);
   void Put(const std::string& path, const std::string& name, const std::string& data, std::uint32_t type = 1);
