@@ -32,8 +32,9 @@ class Echo(FileTest):
             self.assertNotIn(CARD, out)
 
     def test_a_failure_without_a_code_is_this_machines(self):
-        for arguments in (("buy", "7", "--card", CARD), ("bill", "1")):
-            code, out, words = self.run_kest(*arguments, "--field", "X-Fail=0")
+        for arguments in (("buy", "7", "--card", CARD, "--field", "X-Fail=0"), ("bill", "1", "--field", "X-Fail=0"),
+                          ("products",)):
+            code, out, words = self.run_kest(*arguments)
             self.assertEqual((1, ""), (code, out))
             self.assertIn("memory", words)
             self.assertNotIn("charged", words)
