@@ -91,7 +91,8 @@ bool IsValueName(std::string_view name) {
 }
 
 bool IsSameName(std::string_view left, std::string_view right) {
-  return left.size() == right.size() && !ComesBefore(left, right) && !ComesBefore(right, left);
+  return std::equal(left.begin(), left.end(), right.begin(), right.end(),
+                    [](char a, char b) { return Capital(a) == Capital(b); });
 }
 
 bool ComesBefore(std::string_view left, std::string_view right) {

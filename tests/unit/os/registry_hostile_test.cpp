@@ -40,6 +40,14 @@ class HostileStore : public RegistryPlace {
   static void WriteFile(const std::string& path, const std::string& content) {
     std::ofstream(path, std::ios::binary) << content;
   }
+  // A record in good order.
+  static std::string Record(const std::string& name) {
+    std::string record = "KESTREG1" + "\1\0\0\0"s + static_cast<char>(name.size()) + "\0\0\0\0\0\0\0"s + name;
+    std::uint64_t hash = 14695981039346656037u;
+    for (const unsigned char byte : record) hash = (hash ^ byte) * 1099511628211u;
+    for (int shift = 0; shift < 64; shift += 8) record += static_cast<char>(hash >> shift & 0xFF);
+    return record;
+  }
   void ExpectMissing(const std::string& what) const {
     EXPECT_EQ(errorFileNotFound, Get(key, "Value").error) << what;
     EXPECT_EQ(Strings{"other"}, ValueNames(key)) << what;
@@ -174,6 +182,12 @@ TEST_F(HostileStore, ForeignNamesAreNeitherKeysNorValues) {
   EXPECT_EQ(errorAccessDenied, made.Create(key, "plain"));
 }
 
+TEST_F(HostileStore, ANameWithAZeroByteIsNoName) {
+  WriteFile(folder + "/=new", Record("new"));
+  WriteFile(folder + "/=a%00b", Record("a\0b"s));
+  EXPECT_EQ((Strings{"new", "other", "Value"}), ValueNames(key));
+}
+
 TEST_F(HostileStore, ForeignDirectoriesOfGoodNamesAreKeys) {
   fs::create_directory(folder + "/%7bplain%7d");
   EXPECT_EQ(Strings{"{plain}"}, KeyNames(key));
@@ -188,8 +202,12 @@ TEST_F(HostileStore, AKeyWhoseNameIsDamagedShowsItsSmallName) {
     WriteFile(name, good.substr(0, length));
     EXPECT_EQ(Strings{"receipts"}, KeyNames(key));
   }
-  fs::copy_file(file, name, fs::copy_options::overwrite_existing);
-  EXPECT_EQ(Strings{"receipts"}, KeyNames(key));
+  for (const char* wrong : {"Value", "A\\b", ""}) {
+    WriteFile(name, Record(wrong));
+    EXPECT_EQ(Strings{"receipts"}, KeyNames(key));
+  }
+  WriteFile(name, Record("RECEIPTS"));
+  EXPECT_EQ(Strings{"RECEIPTS"}, KeyNames(key));
   OpenedKey opened;
   EXPECT_EQ(errorSuccess, opened.Open(key, "Receipts"));
 }

@@ -1,62 +1,18 @@
-// A process is killed, or refused a system call, at every point of a change of the registry: the change happened or it
-// did not, and nothing else has changed.
-#include <fcntl.h>
+// A process is killed at every point of a change of the registry: the change happened or it did not, and nothing else
+// has changed.
 #include <gtest/gtest.h>
 #include <sys/syscall.h>
 
-#include <cerrno>
 #include <cstdio>
 #include <filesystem>
 #include <string>
 
-#include "unit/os/registry_place.h"
-#include "unit/os/traced_child.h"
+#include "unit/os/interrupted_write.h"
 
 namespace os {
 namespace {
 
 using Strings = std::vector<std::string>;
-
-const std::string oldData = "the old data", newData(10000, 'n'), otherData = "another value's data";
-
-const std::vector<long> fileCalls = {SYS_openat,   SYS_read,      SYS_write,   SYS_fstat, SYS_newfstatat, SYS_fsync,
-                                     SYS_renameat, SYS_renameat2, SYS_mkdirat, SYS_flock, SYS_getdents64};
-
-class InterruptedWrite : public RegistryPlace {
- protected:
-  InterruptedWrite() {
-    EXPECT_EQ(errorSuccess, Set(key, "other", typeBinary, otherData));
-    Prepare();
-  }
-  void Prepare() { EXPECT_EQ(errorSuccess, Set(key, "Value", typeString, oldData)); }
-  int Replace() const { return Set(key, "value", typeBinary, newData); }
-
-  bool IsOld() const { return Get(key, "value") == StoredValue{errorSuccess, typeString, oldData}; }
-  bool IsNew() const { return Get(key, "value") == StoredValue{errorSuccess, typeBinary, newData}; }
-  void ExpectTheRestIntact() const {
-    EXPECT_EQ(2u, ValueNames(key).size());
-    EXPECT_EQ((StoredValue{errorSuccess, typeBinary, otherData}), Get(key, "other"));
-    EXPECT_EQ(Strings{}, KeyNames(key));
-  }
-  // Files of the store whose names no reader looks at.
-  std::size_t Unfinished() const {
-    std::size_t count = 0;
-    for (const auto& file : std::filesystem::recursive_directory_iterator(store)) {
-      count += file.path().filename().string().substr(0, 5) == ".new-";
-    }
-    return count;
-  }
-  // Whoever cannot learn whether its new file is still its own leaves it to the next writer.
-  void ExpectNothingUnfinished(const TracedRun& run) const {
-    OpenedKey writer;
-    const bool isInDoubt = run.refused == SYS_fstat || run.refused == SYS_newfstatat;
-    if (isInDoubt) writer.Create(CurrentUser(), path.c_str());
-    EXPECT_EQ(0u, Unfinished());
-  }
-};
-
-#define KEST_TRACED_OR_SKIP(run) \
-  if (!(run).refusal.empty()) GTEST_SKIP() << "skipped: " << (run).refusal
 
 TEST_F(InterruptedWrite, AReplacedValueIsTheOldOrTheNewOneWhereverTheWriterIsKilled) {
   int stop = 0, oldOnes = 0, newOnes = 0, unfinished = 0;
@@ -175,75 +131,6 @@ TEST_F(InterruptedWrite, BytesAreFlushedBeforeTheRenameAndTheKeyAfterIt) {
     if (!name.empty() && (order.empty() || order.back() != name)) order.push_back(name);
   }
   EXPECT_EQ((Strings{"write the new file", "flush the new file", "rename", "flush the key"}), order);
-}
-
-TEST_F(InterruptedWrite, ARefusedCallLeavesTheOldValueOrTheNewOne) {
-  int failures = 0, points = 0;
-  for (const int error : {EIO, ENOSPC, EACCES, EROFS, ENOMEM, EMFILE}) {
-    bool isReached = true;
-    for (Meddling meddling{0, 1, error, fileCalls, store}; isReached; ++meddling.failCall) {
-      const TracedRun run = RunTraced([&] { return Replace(); }, meddling);
-      KEST_TRACED_OR_SKIP(run);
-      isReached = run.refused >= 0;
-      points += isReached;
-      ASSERT_NE(IsOld(), IsNew()) << "call " << meddling.failCall << " error " << error;
-      if (run.result == errorSuccess) {
-        EXPECT_TRUE(IsNew()) << "call " << meddling.failCall << " error " << error;
-      } else {
-        ++failures;
-        // Only the flush of the key comes when the new value stands already.
-        EXPECT_TRUE(IsOld() || run.refused == SYS_fsync) << "call " << meddling.failCall;
-        const bool isDenied = error == EACCES || error == EROFS, isLack = error == ENOMEM || error == EMFILE;
-        EXPECT_EQ(isDenied ? errorAccessDenied : isLack ? errorNotEnoughMemory : errorWriteFault, run.result);
-      }
-      ExpectTheRestIntact();
-      ExpectNothingUnfinished(run);
-      Prepare();
-    }
-  }
-  std::printf("%d refused calls, of which %d made the write fail\n", points, failures);
-  EXPECT_GT(failures, 40);
-}
-
-TEST_F(InterruptedWrite, ARefusedCallLeavesTheNewKeyOrNone) {
-  int made = 0, failures = 0;
-  for (const int error : {EIO, EACCES, EMFILE, EINVAL}) {
-    bool isReached = true;
-    for (Meddling meddling{0, 1, error, fileCalls, store}; isReached; ++meddling.failCall) {
-      const std::string name = "New Key " + std::to_string(++made);
-      const auto create = [&] {
-        OpenedKey child;
-        return child.Create(key, name.c_str());
-      };
-      const TracedRun run = RunTraced(create, meddling);
-      KEST_TRACED_OR_SKIP(run);
-      isReached = run.refused >= 0;
-      failures += run.result != errorSuccess;
-      OpenedKey found;
-      const std::int32_t opened = found.Open(key, name.c_str());
-      EXPECT_TRUE(opened == errorSuccess || run.result != errorSuccess) << "call " << meddling.failCall;
-      EXPECT_TRUE(opened == errorSuccess || opened == errorFileNotFound);
-      EXPECT_TRUE(error != EACCES || run.result == errorSuccess || run.result == errorAccessDenied) << run.result;
-      EXPECT_TRUE(error != EMFILE || run.result == errorSuccess || run.result == errorNotEnoughMemory) << run.result;
-      ExpectNothingUnfinished(run);
-      EXPECT_EQ(errorSuccess, create());
-    }
-  }
-  std::printf("%d runs, of which %d made no key\n", made, failures);
-  EXPECT_GT(failures, 20);
-}
-
-TEST_F(InterruptedWrite, InterruptedReadsAndWritesGoOn) {
-  bool isReached = true;
-  for (Meddling meddling{0, 1, EINTR, {SYS_read, SYS_write, SYS_flock}, store}; isReached; ++meddling.failCall) {
-    const TracedRun run = RunTraced([&] { return Replace(); }, meddling);
-    KEST_TRACED_OR_SKIP(run);
-    isReached = run.refused >= 0;
-    EXPECT_EQ(errorSuccess, run.result) << "call " << meddling.failCall;
-    EXPECT_TRUE(IsNew());
-    EXPECT_EQ((Strings{"other", "Value"}), ValueNames(key));
-    Prepare();
-  }
 }
 
 }  // namespace

@@ -61,6 +61,21 @@ TEST_F(Together, NoneLosesAValue) {
   }
 }
 
+TEST_F(Together, TakingLeftoversAwayTakesNothingThatIsBeingWritten) {
+  RunProcesses([this](RegistryHandle own, int process) {
+    for (int round = 0; round < 100; ++round) {
+      OpenedKey other;
+      const std::string name = NumberedName(process, round);
+      const bool isWriter = process % 2 != 0;
+      if (isWriter && Set(own, name.c_str(), typeString, "data") != errorSuccess) return false;
+      if (isWriter && Get(own, name.c_str()).data != "data") return false;
+      if (!isWriter && other.Create(CurrentUser(), path.c_str()) != errorSuccess) return false;
+    }
+    return true;
+  });
+  EXPECT_EQ(400u, ValueNames(key).size());
+}
+
 // Data of any length that shows whether it is whole: one letter alone.
 bool IsOfOneWriter(const StoredValue& value) {
   return !value.data.empty() && value.data.find_first_not_of(value.data[0]) == std::string::npos &&

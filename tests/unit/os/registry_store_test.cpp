@@ -11,6 +11,7 @@
 
 #include "os/posix/registry_name.h"
 #include "unit/os/registry_place.h"
+#include "unit/os/traced_child.h"
 
 namespace os {
 namespace {
@@ -100,6 +101,8 @@ TEST_F(Store, NoKeyIsNoParent) {
   EXPECT_EQ(errorInvalidHandle, made.Create(nullptr, "a"));
   EXPECT_EQ(errorInvalidHandle, Native().RegQueryValueExA(nullptr, "v", nullptr, nullptr, &size));
   EXPECT_EQ(errorInvalidHandle, Set(nullptr, "v", typeString, ""));
+  char name[4];
+  EXPECT_EQ(errorInvalidHandle, Native().RegEnumKeyExA(nullptr, 0, name, &size));
 }
 
 TEST_F(Store, OtherRootsHoldNothing) {
@@ -133,6 +136,11 @@ TEST_F(Store, NamesAreCutToAHashOfTheWhole) {
   char digits[20];
   std::snprintf(digits, sizeof digits, "~%016llx", static_cast<unsigned long long>(hash));
   EXPECT_EQ("=" + std::string(179, 'a') + digits, cut.text);
+}
+
+TEST_F(Store, AFileNameThatIsTooLongIsNoName) {
+  char name[256];
+  EXPECT_EQ("", posix::NameOfKeyFile(std::string(300, 'a'), name));
 }
 
 // A folder in which the store is looked for.
@@ -214,6 +222,18 @@ TEST_F(StorePlace, WithoutAHomeTheUsersEntryTellsOne) {
   EXPECT_EQ(isThere ? errorSuccess : errorFileNotFound, opened.Open(CurrentUser(), ""));
 }
 
+TEST_F(StorePlace, AUserWithoutAHomeHasNoStore) {
+  if (getuid() != 0) GTEST_SKIP() << "skipped: the superuser alone becomes a user without an entry";
+  const Variable own("KESTAPI_REGISTRY", nullptr), data("XDG_DATA_HOME", nullptr), home("HOME", nullptr);
+  EXPECT_EQ(0, WaitFor(Start([] {
+              constexpr uid_t nobodys = 3999999;
+              if (setuid(nobodys) != 0 || getpwuid(nobodys) != nullptr) return 1;
+              OpenedKey opened;
+              if (opened.Open(CurrentUser(), "") != errorFileNotFound) return 2;
+              return MakeKey() == errorAccessDenied ? 0 : 3;
+            })));
+}
+
 TEST_F(StorePlace, OpeningMakesNoStore) {
   const Variable own("KESTAPI_REGISTRY", (folder + "/store").c_str());
   OpenedKey opened;
@@ -233,10 +253,14 @@ TEST_F(StorePlace, AStoreThatCannotBeMadeIsNoStore) {
 }
 
 TEST_F(StorePlace, APathThatIsTooLongIsNoStore) {
-  const Variable own("KESTAPI_REGISTRY", std::string(5000, 'a').c_str());
-  EXPECT_EQ(errorAccessDenied, MakeKey());
+  const std::string tooLong = "/" + std::string(5000, 'a');
   OpenedKey opened;
-  EXPECT_EQ(errorFileNotFound, opened.Open(CurrentUser(), ""));
+  const Variable data("XDG_DATA_HOME", tooLong.c_str());
+  for (const char* value : {tooLong.c_str(), ""}) {
+    const Variable own("KESTAPI_REGISTRY", value);
+    EXPECT_EQ(errorAccessDenied, MakeKey());
+    EXPECT_EQ(errorFileNotFound, opened.Open(CurrentUser(), ""));
+  }
 }
 
 }  // namespace

@@ -94,7 +94,8 @@ class Tracer {
     run.calls.push_back(seen);
     const auto& list = meddling.fallible;
     if (std::find(list.begin(), list.end(), seen.number) == list.end()) return;
-    if (seen.file.substr(0, meddling.place.size()) != meddling.place || ++fallible != meddling.failCall) return;
+    if (seen.file.substr(0, meddling.place.size()) != meddling.place) return;
+    if (++fallible != meddling.failCall && !(meddling.isLasting && fallible > meddling.failCall)) return;
     SkipCall(child);
     isSkipped = true;
     run.refused = seen.number;

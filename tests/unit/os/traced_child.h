@@ -23,6 +23,7 @@ struct Meddling {
   int error = 0;
   std::vector<long> fallible;
   std::string place;
+  bool isLasting = false;  // those behind `failCall` fail as well
 };
 
 struct TracedRun {

@@ -1,0 +1,59 @@
+// A value that is about to be replaced by a process whose system calls are watched, and another beside it.
+#pragma once
+
+#include <gtest/gtest.h>
+#include <sys/syscall.h>
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "unit/os/registry_place.h"
+#include "unit/os/traced_child.h"
+
+namespace os {
+
+inline const std::string oldData = "the old data", newData(10000, 'n'), otherData = "another value's data";
+
+// The calls of which a change of the registry consists.
+inline const std::vector<long> fileCalls = {SYS_openat,     SYS_read,  SYS_write,     SYS_fstat,
+                                            SYS_newfstatat, SYS_fsync, SYS_renameat,  SYS_renameat2,
+                                            SYS_mkdirat,    SYS_flock, SYS_getdents64};
+
+class InterruptedWrite : public RegistryPlace {
+ protected:
+  InterruptedWrite() {
+    EXPECT_EQ(errorSuccess, Set(key, "other", typeBinary, otherData));
+    Prepare();
+  }
+  void Prepare() { EXPECT_EQ(errorSuccess, Set(key, "Value", typeString, oldData)); }
+  int Replace() const { return Set(key, "value", typeBinary, newData); }
+
+  bool IsOld() const { return Get(key, "value") == StoredValue{errorSuccess, typeString, oldData}; }
+  bool IsNew() const { return Get(key, "value") == StoredValue{errorSuccess, typeBinary, newData}; }
+  void ExpectTheRestIntact() const {
+    EXPECT_EQ(2u, ValueNames(key).size());
+    EXPECT_EQ((StoredValue{errorSuccess, typeBinary, otherData}), Get(key, "other"));
+    EXPECT_EQ(std::vector<std::string>{}, KeyNames(key));
+  }
+  // Files of the store whose names no reader looks at.
+  std::size_t Unfinished() const {
+    std::size_t count = 0;
+    for (const auto& file : std::filesystem::recursive_directory_iterator(store)) {
+      count += file.path().filename().string().substr(0, 5) == ".new-";
+    }
+    return count;
+  }
+  // Whoever cannot learn whether its new file is still its own leaves it to the next writer.
+  void ExpectNothingUnfinished(const TracedRun& run) const {
+    OpenedKey writer;
+    const bool isInDoubt = run.refused == SYS_fstat || run.refused == SYS_newfstatat;
+    if (isInDoubt) writer.Create(CurrentUser(), path.c_str());
+    EXPECT_EQ(0u, Unfinished());
+  }
+};
+
+#define KEST_TRACED_OR_SKIP(run) \
+  if (!(run).refusal.empty()) GTEST_SKIP() << "skipped: " << (run).refusal
+
+}  // namespace os
