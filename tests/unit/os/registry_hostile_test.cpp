@@ -41,8 +41,12 @@ class HostileStore : public RegistryPlace {
     std::ofstream(path, std::ios::binary) << content;
   }
   // A record in good order.
-  static std::string Record(const std::string& name) {
-    std::string record = "KESTREG1" + "\1\0\0\0"s + static_cast<char>(name.size()) + "\0\0\0\0\0\0\0"s + name;
+  static std::string Record(const std::string& name, const std::string& content = "") {
+    std::string record = "KESTREG1\1\0\0\0"s;
+    for (const std::size_t length : {name.size(), content.size()}) {
+      for (int shift = 0; shift < 32; shift += 8) record += static_cast<char>(length >> shift & 0xFF);
+    }
+    record += name + content;
     std::uint64_t hash = 14695981039346656037u;
     for (const unsigned char byte : record) hash = (hash ^ byte) * 1099511628211u;
     for (int shift = 0; shift < 64; shift += 8) record += static_cast<char>(hash >> shift & 0xFF);
@@ -149,13 +153,11 @@ TEST_F(HostileStore, ADirectoryIsAMissingValue) {
 TEST_F(HostileStore, AHugeFileIsAMissingValue) {
   fs::resize_file(file, std::uintmax_t{1} << 40);
   ExpectMissing("a terabyte of nothing");
-  // One whose header owns up to its size is too large all the same.
-  std::string header = bytes.substr(0, 20);
-  header[19] = 0x7F;
-  const std::size_t size = 20 + 5 + (std::size_t{0x7F} << 24) + data.size() + 8;
-  WriteFile(file, header);
-  fs::resize_file(file, size);
-  ExpectMissing("two gigabytes");
+  // One in good order is too large all the same.
+  WriteFile(file, Record("Value", std::string(64 << 20, 'x')));
+  EXPECT_EQ(64u << 20, Get(key, "Value").data.size());
+  WriteFile(file, Record("Value", std::string((64 << 20) + 1, 'x')));
+  ExpectMissing("one byte too many");
   ExpectWritable();
 }
 

@@ -4,6 +4,7 @@
 #include <sys/syscall.h>
 
 #include <cstdio>
+#include <cstdlib>
 #include <filesystem>
 #include <string>
 
@@ -114,6 +115,8 @@ std::string NameOf(const TracedCall& call) {
       return "write " + which;
     case SYS_fsync:
       return "flush " + which;
+    case SYS_mkdirat:
+      return "make";
     case SYS_renameat:
     case SYS_renameat2:
       return "rename";
@@ -122,15 +125,46 @@ std::string NameOf(const TracedCall& call) {
   }
 }
 
-TEST_F(InterruptedWrite, BytesAreFlushedBeforeTheRenameAndTheKeyAfterIt) {
-  const TracedRun run = RunTraced([&] { return Replace(); });
-  KEST_TRACED_OR_SKIP(run);
+// What a run did to files of the store, in its order; what it did several times in a row stands once.
+Strings Order(const TracedRun& run, const std::string& store) {
   Strings order;
   for (const TracedCall& call : run.calls) {
     const std::string name = call.file.substr(0, store.size()) == store ? NameOf(call) : "";
     if (!name.empty() && (order.empty() || order.back() != name)) order.push_back(name);
   }
-  EXPECT_EQ((Strings{"write the new file", "flush the new file", "rename", "flush the key"}), order);
+  return order;
+}
+
+TEST_F(InterruptedWrite, BytesAreFlushedBeforeTheRenameAndTheKeyAfterIt) {
+  const TracedRun run = RunTraced([&] { return Replace(); });
+  KEST_TRACED_OR_SKIP(run);
+  EXPECT_EQ((Strings{"write the new file", "flush the new file", "rename", "flush the key"}), Order(run, store));
+}
+
+TEST_F(InterruptedWrite, AKeyIsFlushedIntoTheOneAboveWhoeverMadeIt) {
+  const auto create = [&](const char* name) {
+    return RunTraced([&] {
+      OpenedKey made;
+      return made.Create(key, name);
+    });
+  };
+  const TracedRun plain = create("plain"), named = create("Named"), again = create("Named");
+  KEST_TRACED_OR_SKIP(plain);
+  EXPECT_EQ((Strings{"make", "flush the key"}), Order(plain, store));
+  EXPECT_EQ((Strings{"make", "write the new file", "flush the new file", "rename", "flush the new file", "rename",
+                     "flush the key"}),
+            Order(named, store));
+  EXPECT_EQ(Strings{"flush the key"}, Order(again, store));
+}
+
+TEST_F(InterruptedWrite, EachDirectoryOfANewStoreIsFlushed) {
+  setenv("KESTAPI_REGISTRY", (store + "/new/deep").c_str(), 1);
+  const TracedRun run = RunTraced([] {
+    OpenedKey made;
+    return made.Create(CurrentUser(), "");
+  });
+  KEST_TRACED_OR_SKIP(run);
+  EXPECT_EQ((Strings{"make", "flush the key", "make", "flush the key", "make", "flush the key"}), Order(run, store));
 }
 
 }  // namespace
