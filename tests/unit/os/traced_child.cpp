@@ -12,8 +12,9 @@
 #include <cstddef>
 #include <cstring>
 
-// Of a build that measures which lines run.
+// Of builds that measure which lines run.
 extern "C" void __gcov_dump() __attribute__((weak));
+extern "C" int __llvm_profile_write_file() __attribute__((weak));
 
 namespace os {
 namespace {
@@ -24,6 +25,7 @@ constexpr long boundary = SYS_getppid;
 // Without the handlers of the parent: a leak checker, for one, does not work in a process that is traced.
 [[noreturn]] void Leave(int result) {
   if (__gcov_dump != nullptr) __gcov_dump();
+  if (__llvm_profile_write_file != nullptr) __llvm_profile_write_file();
   _exit(result);
 }
 
