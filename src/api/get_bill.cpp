@@ -2,7 +2,6 @@
 
 #include "api/common_fields.h"
 #include "api/post_process_reply.h"
-#include "core/exception.h"
 
 namespace kest {
 
@@ -15,14 +14,8 @@ bool GetBill(CommerceCall& call, Checkout& checkout) {
   }
   Bill& bill = checkout.BillOf();
   bill.Load(reply);
-  try {
-    checkout.Set("KEST-TxN", bill.Get("KEST-TxN"));
-    return PostProcessReply(call, checkout, false);
-  } catch (const Qor::MemoryException&) {
-    // A lack of memory does not hide what the server said.
-    if (ServerError(bill) != 0) checkout.SetErrorCode(ServerError(bill));
-    throw;
-  }
+  checkout.Set("KEST-TxN", bill.Get("KEST-TxN"));
+  return PostProcessReply(call, checkout, false);
 }
 
 }  // namespace kest

@@ -25,6 +25,12 @@ class SaleExports : public testing::SaleTest {
   KestFieldSet* receipt = KestCreateFieldSet();
 };
 
+TEST_F(SaleExports, NoCheckoutAndNoTargetFail) {
+  EXPECT_EQ(nullptr, KestBillCustomer(nullptr));
+  EXPECT_EQ(nullptr, KestGetBill(nullptr));
+  EXPECT_EQ(0, KestLoadReceipt(nullptr, "guid-1"));
+}
+
 TEST_F(SaleExports, APurchaseIsThatOfTheCheckout) {
   KestPurchase* purchase = KestBillCustomer(checkout);
   ASSERT_NE(nullptr, purchase);

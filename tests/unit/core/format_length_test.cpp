@@ -51,6 +51,7 @@ TEST(FormatLength, ATextReservesItsCharactersAndAtLeastOne) {
 TEST(FormatLength, AWideTextIsCountedInWideCharacters) {
   EXPECT_EQ(4u, Reserved("%S", L"abcd"));
   EXPECT_EQ(4u, Reserved("%ls", L"abcd"));
+  EXPECT_EQ(2u, Reserved("%.2S", L"abcd"));
   EXPECT_EQ(3u, Reserved("%hS", "abc"));
   EXPECT_EQ(3u, Reserved("%hs", "abc"));
 }
@@ -119,7 +120,7 @@ TEST(FormatLength, EachConversionTakesItsOwnArgument) {
   EXPECT_EQ(32u + 2 + 128 + 3 + 0 + 4 + 32, Reserved("%d%c%f%s%n%S%ld", 1, 'a', 1.0, "abc", &count, L"abcd", 1L));
   EXPECT_EQ(32u + 5, Reserved("%lld%s", 1LL, "abcde"));
   EXPECT_EQ(32u + 5, Reserved("%hd%s", 1, "abcde"));
-  EXPECT_EQ(5u, Reserved("%E%s", 1.0, "abcde"));
+  for (const char* format : {"%E%s", "%a%s", "%A%s"}) EXPECT_EQ(5u, Reserved(format, 1.0, "abcde")) << format;
   EXPECT_EQ(32u + 5, Reserved("%p%s", static_cast<const void*>(""), "abcde"));
 }
 

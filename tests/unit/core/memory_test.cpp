@@ -119,5 +119,17 @@ TEST(Object, WithoutMemoryMakingOneThrowsOrAnswersNull) {
   EXPECT_EQ(nullptr, new (std::nothrow) Probe(&destroyed));
 }
 
+TEST(Object, AConstructorThatThrowsLeavesNoBlock) {
+  struct Failing : Object {
+    Failing() { throw Qor::MemoryException(); }
+  };
+  AllocationSystem memory;
+  SystemInForce inForce(memory);
+  EXPECT_THROW(new Failing, Qor::MemoryException);
+  EXPECT_THROW(new (std::nothrow) Failing, Qor::MemoryException);
+  EXPECT_EQ(2u, memory.Allocations());
+  EXPECT_EQ(0, memory.Outstanding());
+}
+
 }  // namespace
 }  // namespace kest

@@ -36,6 +36,14 @@ TEST(SharedStorage, DefaultConstructionDoesNotAllocate) {
   EXPECT_EQ(0u, memory.Allocations());
 }
 
+TEST(SharedStorage, WithoutABlockThereIsNoRoomAndNoOwner) {
+  const SharedStorage storage;
+  EXPECT_EQ(0u, storage.Length());
+  EXPECT_EQ(0u, storage.Capacity());
+  EXPECT_FALSE(storage.IsShared());
+  EXPECT_FALSE(storage.IsExclusive());
+}
+
 TEST(SharedStorage, CapacityIsTheNextMultipleOfFiftyAboveTheLength) {
   StorageRecorder recorder;
   SystemInForce inForce(recorder);

@@ -22,6 +22,8 @@ TEST(StringFind, AStartAtOrBehindTheEndFindsNothing) {
   EXPECT_EQ(-1, text.Find('\0', 3));
 }
 
+TEST(StringFind, ANegativeStartIsTheFirstCharacter) { EXPECT_EQ(1, String("abcb").Find('b', -5)); }
+
 TEST(StringFind, NothingIsFoundWithoutStorage) {
   EXPECT_EQ(-1, String().Find('a'));
   EXPECT_EQ(-1, String("").Find('\0'));
@@ -45,6 +47,8 @@ TEST(StringFindFirstOf, AnEmptyStringHasNone) {
   EXPECT_EQ(-1, String().FindFirstOf("a"));
   EXPECT_EQ(-1, String("").FindFirstOf("a"));
 }
+
+TEST(StringFindFirstOf, NoSetHasNone) { EXPECT_EQ(-1, String("abc").FindFirstOf(nullptr)); }
 
 TEST(StringFindFirstOf, TheScanEndsAtTheFirstZeroByte) { EXPECT_EQ(-1, String("a\0b", 3).FindFirstOf("b")); }
 
@@ -103,6 +107,13 @@ TEST(StringFindLastOf, ANegativeStartReachesTheFirstCharacter) {
   EXPECT_EQ(0, String("abc").FindLastOf("a", -1));
   EXPECT_EQ(-1, String("abc").FindLastOf("x", -1));
 }
+
+TEST(StringFindLastOf, AStartFurtherInFrontIsTheAnswerWithoutAMatch) {
+  EXPECT_EQ(0, String("abc").FindLastOf("a", -3));
+  EXPECT_EQ(-3, String("abc").FindLastOf("x", -3));
+}
+
+TEST(StringFindLastOf, NoSetHasNoMatch) { EXPECT_EQ(0, String("abc").FindLastOf(nullptr, 0)); }
 
 TEST(StringFindLastOf, AZeroByteIsInNoSet) { EXPECT_EQ(0, String("a\0b", 3).FindLastOf("a", 0)); }
 

@@ -87,6 +87,14 @@ TEST(StringConstruction, AMovedTextLeavesNothingBehind) {
 
 // Assignment from a String.
 
+TEST(StringAssignment, ATextThatIsMovedToItselfStays) {
+  String text("abc");
+  String& same = text;
+  text = std::move(same);
+  EXPECT_STREQ("abc", text.Characters());
+  EXPECT_EQ(1u, ReferencesOf(text));
+}
+
 TEST(StringAssignment, ATextIsSharedAndTheOwnBlockReleased) {
   AllocationSystem memory;
   SystemInForce inForce(memory);

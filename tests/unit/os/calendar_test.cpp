@@ -9,6 +9,7 @@ TEST(Calendar, DaysBeyondTheirMonthAreRefusedAndLeaveTheResultAlone) {
   const SystemTime dates[] = {
       {2001, 2, 0, 29, 0, 0, 0, 0}, {1900, 2, 0, 29, 0, 0, 0, 0}, {2000, 2, 0, 30, 0, 0, 0, 0},
       {2001, 4, 0, 31, 0, 0, 0, 0}, {2001, 12, 0, 32, 0, 0, 0, 0},
+      {2100, 2, 0, 29, 0, 0, 0, 0},
   };
   for (const SystemTime& date : dates) {
     FileTime steps{1, 2};

@@ -16,6 +16,7 @@
 #include <csignal>
 #include <cstring>
 #include <fstream>
+#include <future>
 #include <string>
 #include <thread>
 #include <vector>
@@ -268,6 +269,24 @@ TEST(LookUp, AnotherThreadsLookUpLeavesThisOnesEntryAlone) {
     EXPECT_EQ(std::vector<std::uint32_t>{htonl(0x7F000002)}, AddressesOf(other));
   }).join();
   EXPECT_EQ(std::vector<std::uint32_t>{htonl(0x7F000001)}, AddressesOf(own));
+}
+
+TEST(LookUp, AnOlderEntryGoesWhileANewerStands) {
+  ASSERT_NE(nullptr, LookUp("127.0.0.1"));
+  std::promise<void> newest, done;
+  std::thread other([&] {
+    const HostEntry* entry = LookUp("127.0.0.2");
+    newest.set_value();
+    done.get_future().wait();
+    ASSERT_NE(nullptr, entry);
+    EXPECT_EQ(std::vector<std::uint32_t>{htonl(0x7F000002)}, AddressesOf(entry));
+  });
+  newest.get_future().wait();
+  const HostEntry* own = LookUp("127.0.0.3");
+  ASSERT_NE(nullptr, own);
+  EXPECT_EQ(std::vector<std::uint32_t>{htonl(0x7F000003)}, AddressesOf(own));
+  done.set_value();
+  other.join();
 }
 
 TEST(LookUp, ManyThreadsLookUpAtOnce) {

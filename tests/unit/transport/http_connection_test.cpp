@@ -1,6 +1,7 @@
 // Does one exchange send, read, keep, retry and stop as it must?
 #include "transport/http_connection.h"
 
+#include "support/allocation_system.h"
 #include "transport_fixture.h"
 
 namespace kest::testing {
@@ -410,6 +411,17 @@ TEST_F(HttpConnectionTest, CloseForgetsThatTheConnectionWasKept) {
   EXPECT_THAT(sockets.log.end()[-2], StartsWith("setsockopt 65535 128 4: 0 "));
   EXPECT_TRUE(Run());
   EXPECT_EQ(sockets.connections.size(), 2u);
+}
+
+TEST_F(HttpConnectionTest, LivesInABlockOfItsOwn) {
+  AllocationSystem memory;
+  SystemInForce counted(memory);
+  const HttpConnection inPlace;
+  const std::int64_t itsMembers = memory.Outstanding();
+  auto* made = new HttpConnection;
+  EXPECT_EQ(itsMembers + 1 + itsMembers, memory.Outstanding());
+  delete made;
+  EXPECT_EQ(itsMembers, memory.Outstanding());
 }
 
 TEST_F(HttpConnectionTest, DestructionClosesTheSocket) {

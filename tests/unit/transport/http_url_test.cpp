@@ -70,8 +70,16 @@ TEST(HttpUrl, ParseOfAuthoritiesFindsUserAndPort) {
   EXPECT_EQ(HttpUrl::Parse("http://host:65537/").port, 1);
 }
 
+TEST(HttpUrl, SchemesHaveLettersDigitsAndThreeMarks) {
+  for (const char* scheme : {"HTTP", "a2", "a+b", "a-b", "a.b", "Zz9+-."}) {
+    const HttpUrl url = HttpUrl::Parse((std::string(scheme) + "://host/").c_str());
+    EXPECT_EQ(Plain(url.scheme), scheme);
+    EXPECT_EQ(Plain(url.host), "host");
+  }
+}
+
 TEST(HttpUrl, ParseOfTextsThatAreNoSchemeLeavesThemInThePath) {
-  for (const char* text : {"1a:b", ":b", "a_b:c", "a", ""}) {
+  for (const char* text : {"1a:b", ":b", "a_b:c", "a{b:c", "a@b:c", "a!b:c", "a", ""}) {
     const HttpUrl url = HttpUrl::Parse(text);
     EXPECT_TRUE(url.scheme.IsEmpty()) << text;
     EXPECT_EQ(Plain(url.path), text);

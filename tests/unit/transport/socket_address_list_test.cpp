@@ -38,6 +38,14 @@ TEST_F(ResolveHostTest, NameThatBeginsWithADigitIsNeverLookedUp) {
   EXPECT_THAT(sockets.lookUps, IsEmpty());
 }
 
+TEST_F(ResolveHostTest, NamesThatBeginWithNoDigitAreLookedUp) {
+  for (const char* name : {"-host", "/host", ":host", "host"}) {
+    sockets.hosts[name] = {"10.0.0.1"};
+    EXPECT_THAT(Addresses(ResolveHost(name)), ElementsAre(sockets.inet_addr("10.0.0.1"))) << name;
+  }
+  EXPECT_THAT(sockets.lookUps, ElementsAre("-host", "/host", ":host", "host"));
+}
+
 TEST_F(ResolveHostTest, UnknownNameHasNoAddresses) {
   EXPECT_EQ(ResolveHost("nowhere").Count(), 0u);
   EXPECT_THAT(sockets.lookUps, ElementsAre("nowhere"));
