@@ -221,7 +221,8 @@ KEST_API KestPurchase* KEST_CALL KestBillCustomer(KestCheckout* checkout);
 /*
  * 517. Fetches the bill of the transaction in the checkout's own field "KEST-TxN" and leaves the bill's number there.
  * The bill has the reply's fields and its products (509, 510). It belongs to the checkout and lives until the next bill
- * is fetched or the checkout is destroyed. Null: the code in the checkout tells why, as in 515; nothing is charged.
+ * is fetched or the checkout is destroyed. Null: the code in the checkout tells why: KEST_ERROR_EXCHANGE, the server's
+ * refusal, or, when memory ran out, the code of before. Nothing is charged.
  */
 KEST_API KestBill* KEST_CALL KestGetBill(KestCheckout* checkout);
 

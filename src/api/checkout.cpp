@@ -35,7 +35,8 @@ void Checkout::AddOrderLine(std::uint32_t sku, std::uint16_t quantity) {
   line.Set("Quantity", Decimal(quantity));
   ProductRecords& lines = order.Records();
   for (std::uint32_t i = 0; i < lines.Count(); ++i) {
-    if (lines.At(i).Get(skuName) == skuText) {
+    // Without copying: an order may have many lines.
+    if (lines.At(i).Fields().At(0).Value().Equals(skuText)) {
       lines.At(i) = std::move(line);
       return;
     }

@@ -2,6 +2,7 @@
 
 #include "api/common_fields.h"
 #include "api/post_process_reply.h"
+#include "core/exception.h"
 
 namespace kest {
 
@@ -14,8 +15,14 @@ bool GetBill(CommerceCall& call, Checkout& checkout) {
   }
   Bill& bill = checkout.BillOf();
   bill.Load(reply);
-  checkout.Set("KEST-TxN", bill.Get("KEST-TxN"));
-  return PostProcessReply(call, checkout, false);
+  try {
+    checkout.Set("KEST-TxN", bill.Get("KEST-TxN"));
+    return PostProcessReply(call, checkout, false);
+  } catch (const Qor::MemoryException&) {
+    // A lack of memory does not hide what the server said.
+    if (ServerError(bill) != 0) checkout.SetErrorCode(ServerError(bill));
+    throw;
+  }
 }
 
 }  // namespace kest

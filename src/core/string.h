@@ -92,7 +92,8 @@ class String {
   std::uint32_t ToUnsigned() const;
   // Deliberately without validation: codes below 58 count c - 48, 65 to 90 c - 55, all others c - 87.
   std::uint32_t ToUnsignedHex() const;
-  // Single precision by design; as sscanf with "%f". 0 when there is no number.
+  // Single precision by design; as sscanf with "%f", but that the decimal point is "." in every locale of the host. 0
+  // when there is no number.
   float ToFloat() const;
   // One byte at a time, by the runtime library's locale.
   void ToUpper();

@@ -1,6 +1,8 @@
 // String: numbers to text and back, letter case.
 #include <cctype>
+#include <clocale>
 #include <cstdio>
+#include <cstring>
 
 #include "core/string.h"
 
@@ -18,6 +20,20 @@ void AppendDigits(String& text, std::uint32_t value, std::uint32_t base, std::ui
   text.Reserve(std::uint64_t{text.Length()} + (width > count ? width : count));
   for (std::uint32_t i = count; i < width; ++i) text.Append('0');
   text.Append(digits + sizeof digits - count, count);
+}
+
+// `text` as a runtime whose decimal point is `point` must see it to read a number with ".": its own point, where it
+// stands in the text, ends the number.
+String WithDecimalPoint(const char* text, const char* point) {
+  const char* end = std::strstr(text, point);
+  const String number(text, static_cast<std::uint32_t>(end != nullptr ? end - text : std::strlen(text)));
+  const std::int32_t dot = number.Find('.');
+  if (dot < 0) return number;
+  const auto whole = static_cast<std::uint32_t>(dot);
+  String localized = number.Middle(0, whole);
+  localized.Append(point);
+  localized.Append(number.Middle(whole + 1, number.Length()));
+  return localized;
 }
 
 }  // namespace
@@ -55,8 +71,11 @@ std::uint32_t String::ToUnsignedHex() const {
 }
 
 float String::ToFloat() const {
+  if (IsEmpty()) return 0;
+  const char* point = std::localeconv()->decimal_point;
+  const String text = std::strcmp(point, ".") == 0 ? *this : WithDecimalPoint(Characters(), point);
   float value = 0;
-  if (!IsEmpty() && std::sscanf(Characters(), "%f", &value) != 1) return 0;
+  if (std::sscanf(text.Text(), "%f", &value) != 1) return 0;
   return value;
 }
 

@@ -1,3 +1,5 @@
+#include <clocale>
+#include <cstring>
 #include <utility>
 
 #include "platform/registry_enumerator.h"
@@ -19,6 +21,17 @@ bool FindOnDate(const RegistryKey& date, const String& guid, RegistryKey& found)
   return false;
 }
 
+// What the runtime formatted in the host's locale, with "." as the decimal point.
+String WithDot(const String& number) {
+  const char* point = std::localeconv()->decimal_point;
+  const char* found = std::strstr(number.Text(), point);
+  if (found == nullptr) return number;
+  String text(number.Text(), static_cast<std::uint32_t>(found - number.Text()));
+  text.Append('.');
+  text.Append(found + std::strlen(point));
+  return text;
+}
+
 // Deliberately in single precision, as other readers of the receipts have it: beyond about 100000 the last cent may
 // differ from exact subtraction.
 String PriceOf(const String& amount, const String& tax) {
@@ -26,7 +39,7 @@ String PriceOf(const String& amount, const String& tax) {
   volatile float price = amount.ToFloat() - tax.ToFloat();
   String text;
   text.Format("%.2f", static_cast<double>(price));
-  return text;
+  return WithDot(text);
 }
 
 void Fill(FieldSet& receipt, const String& date, const RegistryKey& key) {

@@ -63,6 +63,12 @@ class BillCustomerTest : public testing::SaleTest {
     EXPECT_TRUE(FindReceipt("guid-1", receipt));
     return receipt.Get("KEST-Receipt-Card").Text();
   }
+  // The path of the only receipt.
+  std::string ReceiptPath() {
+    const std::string receipts = "HKCU\\Software\\Veltrix\\KEST\\Receipts";
+    EXPECT_EQ(1u, registry.Subkeys(receipts).size());
+    return receipts + "\\" + registry.Subkeys(receipts).at(0) + "\\1";
+  }
   bool HasReceipt() {
     FieldSet receipt;
     return FindReceipt("guid-1", receipt);
@@ -185,6 +191,34 @@ TEST_F(BillCustomerTest, TheReceiptHoldsWhatTheReplySays) {
   EXPECT_STREQ("21.95", receipt.Get("KEST-Receipt-Total").Text());
   EXPECT_STREQ("M", receipt.Get("KEST-Receipt-Merchant").Text());
   EXPECT_STREQ("T-7", receipt.Get("KEST-Receipt-TxN").Text());
+}
+
+TEST_F(BillCustomerTest, TheProductsOfTheReplyAreRecordedAndNotTheOrder) {
+  Answer("KEST-Product", "SKU:1042^Name:Tool^Price:19.95");
+  server.replyFields.emplace_back("kest-product", "Name:Box^Price:2.00");
+  ASSERT_TRUE(Bill());
+  const auto values = registry.Values(ReceiptPath() + "\\Products");
+  ASSERT_EQ(2u, values.size());
+  EXPECT_EQ("Box", values[0].name);
+  EXPECT_EQ(std::string("2.00\0", 5), values[0].data);
+  EXPECT_EQ("Tool", values[1].name);
+  EXPECT_EQ(std::string("19.95\0", 6), values[1].data);
+}
+
+TEST_F(BillCustomerTest, WithoutProductsInTheReplyTheOrderIsRecordedUnderTheDefaultValue) {
+  AnswerWithout("KEST-Product");
+  ASSERT_TRUE(Bill());
+  const auto values = registry.Values(ReceiptPath() + "\\Products");
+  ASSERT_EQ(1u, values.size());
+  EXPECT_EQ("", values[0].name);
+  EXPECT_EQ(std::string(1, '\0'), values[0].data);
+}
+
+TEST_F(BillCustomerTest, WithoutProductsAndOrderNoProductIsRecorded) {
+  AnswerWithout("KEST-Product");
+  checkout.ClearOrder();
+  ASSERT_TRUE(Bill());
+  EXPECT_TRUE(registry.Values(ReceiptPath() + "\\Products").empty());
 }
 
 TEST_F(BillCustomerTest, TheCardTypeComesFromThePurchaseElseFromTheCheckout) {

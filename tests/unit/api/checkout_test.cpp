@@ -88,5 +88,13 @@ TEST(Bill, FormatRendersFieldsThenRecords) {
   EXPECT_STREQ("KEST-TxN: T1\r\nKEST-Product: SKU:1^Name:Tool\r\n", bill.Format().Text());
 }
 
+TEST(CheckoutOrder, ALineInTheMiddleIsReplacedInItsPlace) {
+  Checkout checkout;
+  for (const std::uint32_t sku : {7u, 9u, 11u}) checkout.AddOrderLine(sku, 1);
+  checkout.AddOrderLine(9, 3);
+  EXPECT_STREQ("KEST-Product: SKU:7^Quantity:1\r\nKEST-Product: SKU:9^Quantity:3\r\nKEST-Product: SKU:11^Quantity:1\r\n",
+               checkout.Format().Text());
+}
+
 }  // namespace
 }  // namespace kest

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "core/string.h"
+#include "support/decimal_comma.h"
 #include "support/storage_inspection.h"
 
 namespace kest {
@@ -151,6 +152,19 @@ TEST(StringToFloat, ReadsWhatScanfReads) {
 TEST(StringToFloat, WithoutANumberItIsZero) {
   EXPECT_EQ(0.0f, String().ToFloat());
   EXPECT_EQ(0.0f, String("").ToFloat());
+  EXPECT_EQ(0.0f, String("abc").ToFloat());
+}
+
+TEST(StringToFloat, ReadsADotInEveryLocaleOfTheHost) {
+  const testing::DecimalComma locale;
+  if (!testing::DecimalComma::IsInForce()) GTEST_SKIP() << "no locale with a decimal comma is installed here";
+  EXPECT_EQ(21.5f, String("21.5").ToFloat());
+  EXPECT_EQ(-12.25f, String("  -12.25kg").ToFloat());
+  EXPECT_EQ(21.0f, String("21,5").ToFloat());
+  EXPECT_EQ(21.0f, String("21,5.5").ToFloat());
+  EXPECT_EQ(0.5f, String(".5").ToFloat());
+  EXPECT_EQ(1500.0f, String("1.5e3").ToFloat());
+  EXPECT_EQ(7.0f, String("7").ToFloat());
   EXPECT_EQ(0.0f, String("abc").ToFloat());
 }
 

@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "store_fixture.h"
+#include "support/decimal_comma.h"
 
 namespace kest::testing {
 namespace {
@@ -42,6 +43,13 @@ TEST_F(FindReceiptTest, StoredReceiptThenItsFieldsInTheirOrder) {
     EXPECT_EQ(expected[i].first, Content(fields.At(i).Name()));
     EXPECT_EQ(expected[i].second, Content(fields.At(i).Value()));
   }
+}
+
+TEST_F(FindReceiptTest, HostWhoseLocaleHasADecimalCommaThenThePriceHasADot) {
+  const DecimalComma locale;
+  if (!DecimalComma::IsInForce()) GTEST_SKIP() << "no locale with a decimal comma is installed here";
+  EXPECT_EQ("19.95", PriceFor("21.95", "2.00"));
+  EXPECT_EQ("-0.50", PriceFor("1.25", "1.75"));
 }
 
 TEST_F(FindReceiptTest, FieldsThatAreThereThenTheyAreReplacedAndOthersStay) {
