@@ -82,7 +82,11 @@ Transaction::~Transaction() {
 }
 
 void Transaction::Commit() {
-  database.Execute("COMMIT");
+  try {
+    database.Execute("COMMIT");
+  } catch (const DatabaseError& error) {
+    throw CommitError(error.what());
+  }
   committed = true;
 }
 

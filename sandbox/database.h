@@ -1,5 +1,5 @@
 // SQLite as the ledger needs it: a connection, statements and transactions that give back what they hold. Every failure
-// is a DatabaseError in words. The statements and transactions of a connection must go before it does, and one thread
+// but that of a commit is a DatabaseError in words. The statements and transactions of a connection must go before it does, and one thread
 // at a time may use a connection with all that belongs to it.
 #pragma once
 
@@ -18,6 +18,14 @@ namespace sandbox {
 class DatabaseError : public std::runtime_error {
  public:
   using std::runtime_error::runtime_error;
+};
+
+/// Tells that a commit failed. What was to be committed may be there after the next opening all the same: its last frame
+/// can have reached the file before the failure. It is no DatabaseError, because after those nothing has changed.
+class CommitError : public std::runtime_error {
+ public:
+  explicit CommitError(const std::string& reason)
+      : std::runtime_error("a commit failed, and it is unknown whether it is on the disk: " + reason) {}
 };
 
 class Database {
@@ -68,7 +76,8 @@ class Statement {
   int bound = 0;
 };
 
-/// Takes the file's write lock at once. What was done is undone unless Commit was called and came back.
+/// Takes the file's write lock at once. What was done is undone unless Commit was called; when Commit throws, it is
+/// undone for this connection, and a later opening may still find it.
 class Transaction {
  public:
   explicit Transaction(Database& connection);
@@ -76,6 +85,7 @@ class Transaction {
   Transaction(const Transaction&) = delete;
   Transaction& operator=(const Transaction&) = delete;
 
+  /// Throws CommitError.
   void Commit();
 
  private:

@@ -77,7 +77,7 @@ Ledger::Ledger(const std::string& file, std::function<WallTime()> clock)
     : wallTime(std::move(clock)), database(Open(file)) {
   try {
     Prepare();
-  } catch (const DatabaseError& error) {
+  } catch (const std::runtime_error& error) {
     Unusable(file, error.what());
   }
 }

@@ -30,7 +30,8 @@ class Ledger {
   /// dates what is recorded.
   explicit Ledger(const std::string& file, std::function<WallTime()> clock = std::chrono::system_clock::now);
 
-  // All that follow throw DatabaseError, and have changed nothing then.
+  // All that follow throw DatabaseError, and have changed nothing then. RecordSale and Reset also throw CommitError: what
+  // they were to do is not seen by this object then, and may be done all the same when the file is opened again.
 
   /// Records a sale, but for its number, and returns the number given to it: 100001 or more, and never one that was
   /// given before.

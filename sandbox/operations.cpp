@@ -28,7 +28,8 @@ OperationResult Operations::Run(std::string_view name, const FieldList& request)
   return ResultOf(unknownService, LogText(name, false));
 }
 
-// A full disk or a lock held too long must not end in silence: the client is told that nothing was sold.
+// A lock held too long must not end in silence: the client is told that nothing was sold. A commit that failed is let
+// pass, because that would not be certain.
 OperationResult Operations::RunSafely(const Service& service, const FieldList& request) const {
   try {
     return (this->*service.handler)(request);

@@ -30,7 +30,8 @@ class Operations {
   static bool Offers(std::string_view service);
 
   /// Runs the service of that name. An unknown service, like every refusal of a service, is an answer with an error
-  /// code; so is a failure of the ledger.
+  /// code; so is a failure of the ledger. Throws CommitError when it is unknown whether a sale was recorded: no answer
+  /// would be true then.
   OperationResult Run(std::string_view service, const FieldList& request) const;
 
  private:

@@ -179,6 +179,17 @@ TEST_F(Billing, FailureOfTheLedgerIsAnsweredWithItsCodeAndTheNextSaleIsMade) {
   EXPECT_FALSE(made.serverFailed);
 }
 
+// Whether it was recorded is unknown then, and 1501 would say that it was not.
+TEST_F(Billing, SaleWhoseCommitFailsHasNoAnswer) {
+  sandbox::Database(folder / "sales.db", 0)
+      .Execute(
+          "CREATE TABLE owing (sale REFERENCES sales (number) DEFERRABLE INITIALLY DEFERRED);"
+          "CREATE TRIGGER broken AFTER INSERT ON sales BEGIN INSERT INTO owing VALUES (-1); END");
+  EXPECT_THROW(SellOne(), sandbox::CommitError);
+  sandbox::Database(folder / "sales.db", 0).Execute("DROP TRIGGER broken");
+  EXPECT_EQ(SellOne().error.code, 0);
+}
+
 TEST_F(Billing, SummaryTellsTransactionLinesAndAmount) {
   EXPECT_EQ(SellOne().summary, "BillCustomer of 1 line, 0.05: transaction 100001");
   EXPECT_EQ(Bill("100001").summary, "GetBill of transaction 100001: 1 line, 0.05");

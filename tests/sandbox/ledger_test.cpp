@@ -7,6 +7,7 @@
 #include <unistd.h>
 
 #include <atomic>
+#include <cerrno>
 #include <filesystem>
 #include <fstream>
 #include <optional>
@@ -15,18 +16,24 @@
 
 namespace {
 std::atomic<int> syncs{0};
+std::atomic<bool> syncsFail{false};
+
+int Synced(long call, int file) {
+  syncs++;
+  if (!syncsFail) return static_cast<int>(::syscall(call, file));
+  errno = EIO;
+  return -1;
 }
+}  // namespace
 
 // Stand in for the system's in this program and in the libraries that it loads, so that a test sees when SQLite has
-// waited for the disk.
+// waited for the disk, and can let that fail.
 extern "C" __attribute__((visibility("default"))) int fdatasync(int file) {
-  syncs++;
-  return static_cast<int>(::syscall(SYS_fdatasync, file));
+  return Synced(SYS_fdatasync, file);
 }
 
 extern "C" __attribute__((visibility("default"))) int fsync(int file) {
-  syncs++;
-  return static_cast<int>(::syscall(SYS_fsync, file));
+  return Synced(SYS_fsync, file);
 }
 
 namespace sandboxtest {
@@ -196,6 +203,36 @@ TEST_F(LedgerFile, SaleFailsWhileAnotherProgramHoldsTheFileAndIsMadeAfterwards) 
     EXPECT_THROW(ledger.RecordSale(SomeSale()), sandbox::DatabaseError);
   }
   EXPECT_EQ(ledger.RecordSale(SomeSale()), 100001);
+}
+
+// What a kill would leave then holds the sale, so it must not be told as one that was not made.
+TEST_F(LedgerFile, SaleThatTheDiskDidNotConfirmIsOfUnknownOutcome) {
+  Ledger ledger(file);
+  ledger.RecordSale(SomeSale());
+  syncsFail = true;
+  EXPECT_THROW(ledger.RecordSale(SomeSale()), sandbox::CommitError);
+  syncsFail = false;
+  const std::string killed = folder / "killed.db";
+  std::filesystem::copy_file(file, killed);
+  std::filesystem::copy_file(file + "-wal", killed + "-wal");
+  EXPECT_TRUE(Ledger(killed).ReadBill(100002));
+  EXPECT_EQ(ledger.Counts().sales, 1u);
+  EXPECT_TRUE(ledger.ReadBill(ledger.RecordSale(SomeSale())));
+}
+
+TEST_F(LedgerFile, ResetThatFailsHalfwayDeletesNothing) {
+  Ledger ledger(file);
+  const std::int64_t number = ledger.RecordSale(SomeSale());
+  ledger.RecordRefusal(1403, "40**********0002", 100);
+  ledger.ReadBill(number);
+  sandbox::Database(file, 0).Execute(
+      "CREATE TRIGGER broken BEFORE DELETE ON refusals BEGIN SELECT RAISE(FAIL, 'broken'); END");
+  EXPECT_THROW(ledger.Reset(), sandbox::DatabaseError);
+  const sandbox::LedgerCounts counts = ledger.Counts();
+  EXPECT_EQ(counts.sales, 1u);
+  EXPECT_EQ(counts.refusals, 1u);
+  EXPECT_EQ(counts.bills, 1u);
+  EXPECT_EQ(ledger.ReadBill(number)->products.size(), 3u);
 }
 
 TEST_F(LedgerFile, OfAnotherVersionIsRefusedAndLeftAsItIs) {
