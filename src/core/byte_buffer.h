@@ -49,8 +49,8 @@ class ByteBuffer : public Object {
   // Replaces the bytes with what base64 `text` stands for (RFC 4648 section 4). False, and empty, for text that is
   // none. Defined beside the codec.
   bool DecodeBase64(const String& text);
-  // Replaces `text` with the base64 of the bytes; it reserves (length / 3) * 4 + 8 characters at once. Defined beside
-  // the codec.
+  // Replaces `text` with the base64 of the bytes; it reserves (length / 3) * 4 + 8 characters at once. Answers true.
+  // Defined beside the codec.
   bool EncodeBase64(String& text) const;
 
  private:

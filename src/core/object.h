@@ -20,10 +20,8 @@ class Object {
   // Throws Qor::MemoryException when there is no memory.
   static void* operator new(std::size_t bytes) { return Allocate(bytes); }
   static void* operator new(std::size_t bytes, const std::nothrow_t&) noexcept { return AllocateOrNull(bytes); }
-  static void* operator new(std::size_t, void* place) noexcept { return place; }
   static void operator delete(void* block) noexcept { Release(block); }
   static void operator delete(void* block, const std::nothrow_t&) noexcept { Release(block); }
-  static void operator delete(void*, void*) noexcept {}
 
  private:
   // Zero, and read by nobody here; they keep the distance to the fields behind them, which hosts may rely on.

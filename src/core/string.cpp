@@ -9,8 +9,6 @@
 namespace kest {
 namespace {
 
-std::uint64_t LengthOf(const char* text) { return text != nullptr ? std::strlen(text) : 0; }
-
 // A text longer than 32 bits count cannot be held.
 std::uint32_t Narrow(std::uint64_t length) {
   if (length > std::numeric_limits<std::uint32_t>::max()) throw Qor::MemoryException();
@@ -27,7 +25,7 @@ bool IsSeparator(char character) { return character == '/' || character == '\\';
 
 String::String(const char* text) {
   if (text == nullptr) return;
-  const std::uint64_t length = LengthOf(text);
+  const std::uint64_t length = std::strlen(text);
   storage.EnsureLengthDiscard(length);
   std::memcpy(storage.Characters(), text, static_cast<std::size_t>(length) + 1);
 }
@@ -47,7 +45,7 @@ String& String::operator=(const char* text) {
     const String copy(text);
     return *this = copy.Characters();
   }
-  const std::uint64_t length = LengthOf(text);
+  const std::uint64_t length = std::strlen(text);
   storage.EnsureLengthDiscard(length);
   std::memcpy(storage.Characters(), text, static_cast<std::size_t>(length) + 1);
   return *this;
@@ -65,7 +63,7 @@ void String::Append(const String& text) {
 }
 
 void String::Append(const char* text) {
-  if (text != nullptr) Append(text, Narrow(LengthOf(text)));
+  if (text != nullptr) Append(text, Narrow(std::strlen(text)));
 }
 
 void String::Append(const char* bytes, std::uint32_t length) {
@@ -131,7 +129,7 @@ void String::JoinPath(const char* part) {
     return;
   }
   const bool isApart = !IsSeparator(At(Length() - 1));
-  storage.Reserve(std::uint64_t{Length()} + (isApart ? 1 : 0) + LengthOf(part));
+  storage.Reserve(std::uint64_t{Length()} + (isApart ? 1 : 0) + std::strlen(part));
   if (isApart) Append('\\');
   Append(part);
 }

@@ -34,9 +34,7 @@ class Cipher {
   virtual bool SetAlgorithm(const AlgorithmDescriptor& descriptor, bool encipher);
 
   static void* operator new(std::size_t bytes) { return Allocate(bytes); }
-  static void* operator new(std::size_t, void* place) noexcept { return place; }
   static void operator delete(void* block) noexcept { Release(block); }
-  static void operator delete(void*, void*) noexcept {}
 
  protected:
   // Begins a message: a fresh algorithm object with `descriptor`, initialised with the key. False on failure; there is

@@ -26,10 +26,15 @@ constexpr std::uint32_t wordOffset[4] = {0, 1, 5, 0};
 
 template <unsigned round>
 inline std::uint32_t Mix(std::uint32_t x, std::uint32_t y, std::uint32_t z) {
-  if constexpr (round == 0) return z ^ (x & (y ^ z));
-  if constexpr (round == 1) return (x & z) + (y & ~z);  // disjoint bits: a sum leaves the compiler more freedom
-  if constexpr (round == 2) return x ^ y ^ z;
-  if constexpr (round == 3) return y ^ (x | ~z);
+  if constexpr (round == 0) {
+    return z ^ (x & (y ^ z));
+  } else if constexpr (round == 1) {
+    return (x & z) + (y & ~z);  // disjoint bits: a sum leaves the compiler more freedom
+  } else if constexpr (round == 2) {
+    return x ^ y ^ z;
+  } else {
+    return y ^ (x | ~z);
+  }
 }
 
 // One of the 64 steps. The four variables change their roles from step to step, not their values.

@@ -13,9 +13,13 @@ constexpr std::uint32_t constants[4] = {0x5a827999, 0x6ed9eba1, 0x8f1bbcdc, 0xca
 
 template <unsigned round>
 inline std::uint32_t Mix(std::uint32_t b, std::uint32_t c, std::uint32_t d) {
-  if constexpr (round == 0) return d ^ (b & (c ^ d));
-  if constexpr (round == 1 || round == 3) return b ^ c ^ d;
-  if constexpr (round == 2) return (b & c) + (d & (b ^ c));
+  if constexpr (round == 0) {
+    return d ^ (b & (c ^ d));
+  } else if constexpr (round == 2) {
+    return (b & c) + (d & (b ^ c));
+  } else {
+    return b ^ c ^ d;
+  }
 }
 
 // One of the 80 steps. The five variables change their roles from step to step, not their values; the schedule of 80
