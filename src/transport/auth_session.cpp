@@ -23,7 +23,7 @@ constexpr char serverRacName[] = "KEST-Auth-Server-RAC";
 String DigestOf(const String& text) {
   String encoded;
   const ByteBuffer digest = DigestText(text, sha1Descriptor);
-  if (!digest.EncodeBase64(encoded)) encoded.Empty();
+  digest.EncodeBase64(encoded);
   return encoded;
 }
 
@@ -41,13 +41,13 @@ bool AuthSession::Begin() {
   const bool isDrawn = generator.SeedFromEntropy(challengeLength) && generator.GenerateBytes(bytes, challengeLength);
   challenge.ReturnBuffer();
   generator.Destroy();
-  return isDrawn && challenge.EncodeBase64(clientRac) && !clientRac.IsEmpty();
+  if (isDrawn) challenge.EncodeBase64(clientRac);
+  return isDrawn;
 }
 
 String AuthSession::ExportedKey() {
   String text;
-  const ByteBuffer key = sessionKey.ExportKey();
-  if (key.IsEmpty() || !key.EncodeBase64(text)) text.Empty();
+  sessionKey.ExportKey().EncodeBase64(text);
   return text;
 }
 
