@@ -26,10 +26,9 @@ struct Key {
   Listing keys, values;
 };
 
-// The handles that Windows predefines: small negative numbers, which no address is.
+// The handles that Windows predefines: the 256 lowest numbers of 32 bits, which no address is.
 bool IsRoot(RegistryHandle handle) {
-  const auto number = static_cast<std::int64_t>(reinterpret_cast<std::intptr_t>(handle));
-  return number >= -0x80000000ll && number < -0x7FFFFF00ll;
+  return static_cast<std::int64_t>(reinterpret_cast<std::intptr_t>(handle)) < -0x7FFFFF00ll;
 }
 
 std::string_view TextOf(const char* text) {
@@ -66,7 +65,6 @@ class Target {
     return errorSuccess;
   }
   Key& operator*() { return *key; }
-  Key* operator->() { return key; }
   int Directory() const { return key->directory.Number(); }
 
  private:
