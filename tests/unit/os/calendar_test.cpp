@@ -19,6 +19,20 @@ TEST(Calendar, DaysBeyondTheirMonthAreRefusedAndLeaveTheResultAlone) {
   }
 }
 
+TEST(Calendar, EveryFourthYearAndEveryFourthCenturyHaveALeapDay) {
+  constexpr std::uint64_t stepsOfADay = 864000000000;
+  const auto stepsOf = [](std::uint16_t year, std::uint16_t month, std::uint16_t day) {
+    const SystemTime date{year, month, 0, day, 0, 0, 0, 0};
+    FileTime steps{};
+    EXPECT_TRUE(ToFileTime(date, &steps));
+    return static_cast<std::uint64_t>(steps.high) << 32 | steps.low;
+  };
+  for (const std::uint16_t year : {1604, 2000, 2004, 2400}) {
+    EXPECT_EQ(stepsOf(year, 2, 28) + stepsOfADay, stepsOf(year, 2, 29)) << year;
+    EXPECT_EQ(stepsOf(year, 2, 29) + stepsOfADay, stepsOf(year, 3, 1)) << year;
+  }
+}
+
 TEST(Calendar, TheLastDayThatSystemTimeHoldsIsTaken) {
   const SystemTime date{30827, 12, 0, 31, 23, 59, 59, 999};
   FileTime steps{};

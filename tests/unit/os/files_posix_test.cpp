@@ -189,6 +189,22 @@ TEST_F(PosixFiles, AFileNamedInTheWorkingDirectoryIsCopiedThere) {
   EXPECT_EQ("x", Read("copy"));
 }
 
+TEST_F(PosixFiles, ACopyNeedsTheDirectoryOfItsName) {
+  const std::string from = Make("from", "x");
+  EXPECT_FALSE(Native().CopyFileA(from.c_str(), Path("missing/to").c_str(), false));
+  EXPECT_FALSE(Native().CopyFileA(from.c_str(), Path("missing/to").c_str(), true));
+  EXPECT_EQ(1u, Count());
+}
+
+TEST_F(PosixFiles, AFileOfAnotherFileSystemIsCopied) {
+  std::ifstream version("/proc/version", std::ios::binary);
+  const std::string bytes{std::istreambuf_iterator<char>(version), {}};
+  const std::string to = Make("to", "old");
+  ASSERT_FALSE(bytes.empty());
+  EXPECT_TRUE(Native().CopyFileA("/proc/version", to.c_str(), false));
+  EXPECT_EQ(bytes, Read("to"));
+}
+
 TEST_F(PosixFiles, ARefusedCallLeavesTheOldCopyOrTheNewOne) {
   const std::string bytes(40000, 'n'), from = Make("from", bytes), to = Make("to", "old");
   const std::vector<long> calls = {SYS_openat, SYS_read, SYS_write, SYS_fstat, SYS_newfstatat, SYS_fchmod};

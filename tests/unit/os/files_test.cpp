@@ -82,6 +82,12 @@ TEST_F(Files, AttributesTellDirectoriesFromFiles) {
   EXPECT_EQ(directory, Native().GetFileAttributesA(folder.c_str()) & directory);
 }
 
+TEST_F(Files, WhatIsNotOpenHasNoSize) {
+  std::uint32_t high = 7;
+  EXPECT_EQ(0xFFFFFFFFu, Native().GetFileSize(reinterpret_cast<FileHandle>(std::intptr_t{-1}), &high));
+  EXPECT_EQ(0u, high);
+}
+
 TEST_F(Files, DeletingTakesAFileAway) {
   const std::string file = Make("file", "x");
   EXPECT_TRUE(Native().DeleteFileA(file.c_str()));

@@ -132,6 +132,65 @@ TEST_F(RefusedCall, ToRenameWithoutReplacingIsDoneWithout) {
   }
 }
 
+TEST_F(RefusedCall, WithoutReplacingFindsWhatIsNoKey) {
+  std::ofstream(store + "/HKEY_CURRENT_USER/inner") << "no key";
+  const auto create = [] {
+    OpenedKey made;
+    return made.Create(CurrentUser(), "Inner");
+  };
+  const TracedRun run = RunTraced(create, {0, 1, EINVAL, {SYS_renameat2}, store});
+  KEST_TRACED_OR_SKIP(run);
+  EXPECT_EQ(SYS_renameat2, run.refused);
+  EXPECT_EQ(errorAccessDenied, run.result);
+  EXPECT_EQ(0u, Unfinished());
+}
+
+TEST_F(RefusedCall, AndThoseBehindItLeaveANewKeyThatCanBeMade) {
+  int made = 0, failures = 0;
+  const std::vector<long> someCalls = {SYS_renameat2, SYS_openat}, moreCalls = {SYS_renameat2, SYS_mkdirat, SYS_openat};
+  for (const auto& calls : {someCalls, moreCalls}) {
+    bool isReached = true;
+    for (Meddling meddling{0, 1, EINVAL, calls, store, true}; isReached; ++meddling.failCall) {
+      const std::string name = "New Key " + std::to_string(++made);
+      const auto create = [&] {
+        OpenedKey child;
+        return child.Create(key, name.c_str());
+      };
+      const TracedRun run = RunTraced(create, meddling);
+      KEST_TRACED_OR_SKIP(run);
+      isReached = run.refused >= 0;
+      failures += run.result != errorSuccess;
+      OpenedKey found, writer;
+      EXPECT_TRUE(run.result != errorSuccess || found.Open(key, name.c_str()) == errorSuccess);
+      EXPECT_EQ(errorSuccess, create()) << "call " << meddling.failCall;
+      EXPECT_EQ(errorSuccess, writer.Create(CurrentUser(), path.c_str()));
+      EXPECT_EQ(0u, Unfinished()) << "call " << meddling.failCall;
+    }
+  }
+  EXPECT_GT(failures, 8);
+  EXPECT_EQ(static_cast<std::size_t>(made), KeyNames(key).size());
+}
+
+TEST_F(RefusedCall, ThatFindsNothingIsTriedAgain) {
+  bool isReached = true;
+  int made = 0;
+  for (Meddling meddling{0, 1, ENOENT, {SYS_openat}, store}; isReached; ++meddling.failCall) {
+    const std::string name = "New Key " + std::to_string(++made);
+    const auto create = [&] {
+      OpenedKey child;
+      return child.Create(key, name.c_str());
+    };
+    const TracedRun run = RunTraced(create, meddling);
+    KEST_TRACED_OR_SKIP(run);
+    isReached = run.refused >= 0;
+    EXPECT_EQ(errorSuccess, create()) << "call " << meddling.failCall;
+    OpenedKey writer;
+    writer.Create(CurrentUser(), path.c_str());
+    EXPECT_EQ(0u, Unfinished()) << "call " << meddling.failCall;
+  }
+  EXPECT_EQ(static_cast<std::size_t>(made), KeyNames(key).size());
+}
+
 TEST_F(RefusedCall, DoesNotShortenAWalk) {
   OpenedKey subkey;
   ASSERT_EQ(errorSuccess, subkey.Create(key, "Key"));

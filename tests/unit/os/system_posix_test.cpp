@@ -51,6 +51,19 @@ TEST(PosixSystem, RandomBytesThatCannotBeHadAreAFailure) {
   EXPECT_EQ(0, run.result);
 }
 
+TEST(PosixSystem, MemoryThatCannotBeCountedIsNone) {
+  const auto work = [] {
+    MemoryStatus status{};
+    status.memoryLoad = 77;
+    Native().GlobalMemoryStatus(&status);
+    return status.memoryLoad == 0 && status.totalPhysical == 0 && status.totalVirtual != 0 ? 1 : 0;
+  };
+  const TracedRun run = RunTraced(work, {0, 1, ENOSYS, {SYS_sysinfo}, ""});
+  if (!run.refusal.empty()) GTEST_SKIP() << "skipped: " << run.refusal;
+  EXPECT_EQ(SYS_sysinfo, run.refused);
+  EXPECT_EQ(1, run.result);
+}
+
 TEST(PosixSystem, ADiskIsAskedForByAPath) {
   std::uint32_t sectors = 0, bytes = 0, free = 0, total = 0;
   ASSERT_TRUE(Native().GetDiskFreeSpaceA("/", &sectors, &bytes, &free, &total));
