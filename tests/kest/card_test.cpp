@@ -37,8 +37,31 @@ TEST(HideCard, TheNumberIsMaskedWhereverItStands) {
   Fields fields = {{"Note", "paid 4111111111111111, not 4111111111111112, 4111111111111111"},
                    {"KEST-TxN", "123456789012345"}};
   HideCard(fields, "4111111111111111");
-  EXPECT_EQ("paid 41**********1111, not 4111111111111112, 41**********1111", fields[0].second);
+  EXPECT_EQ("paid 41**********1111, not 41**********1112, 41**********1111", fields[0].second);
   EXPECT_EQ("123456789012345", fields[1].second);
+}
+
+TEST(HideCard, BlanksAndDashesHideNoNumber) {
+  Fields fields = {{"by 4111 1111 1111 1111", "41-11 1111  1111-1111."}, {"KEST-TxN", "4111-1111-1111-1111"}};
+  HideCard(fields, "4111111111111111");
+  EXPECT_EQ((Fields{{"by 41** **** **** 1111", "41-** ****  ****-1111."}, {"KEST-TxN", "41**-****-****-1111"}}), fields);
+}
+
+TEST(HideCard, AShortCardIsHiddenWhole) {
+  Fields fields = {{"Note", "1234 5678, 1234 5679, 1234"}};
+  HideCard(fields, "12345678");
+  EXPECT_EQ("**** ****, 1234 5679, 1234", fields[0].second);
+}
+
+TEST(HideCard, TransactionsAndAmountsStay) {
+  const Fields original = {{"kest-txn", "123456789012345"}, {"KEST-TotalAmount", "123456789012"},
+                           {"KEST-TaxAmount", "123456789012"}, {"Price", "123456789012"}, {"SKU", "123456789012"},
+                           {"Quantity", "123456789012"}, {"KEST-Receipt-TxN", "123456789012"},
+                           {"KEST-Receipt-Price", "123456789012"}, {"KEST-Receipt-Tax", "123456789012"},
+                           {"KEST-Receipt-Total", "123456789012"}};
+  Fields fields = original;
+  HideCard(fields, "4111111111111111");
+  EXPECT_EQ(original, fields);
 }
 
 TEST(HideCard, ANumberThatIsNoneToHideLeavesOtherFieldsAlone) {
@@ -50,6 +73,17 @@ TEST(HideCard, ANumberThatIsNoneToHideLeavesOtherFieldsAlone) {
 TEST(HideCards, WhatIsAsLongAsACardNumberIsMaskedInATextForPeople) {
   EXPECT_EQ("not expected: 41**********1111", HideCards("not expected: 4111111111111111"));
   EXPECT_EQ("--card=41** **** **** 1111\n", HideCards("--card=4111 1111 1111 1111\n"));
+}
+
+TEST(HideCards, AGuidStaysAndWhatStandsBesideItDoesNot) {
+  EXPECT_EQ("{12345678-1234-1234-1234-12345678901A}", HideCards("{12345678-1234-1234-1234-12345678901A}"));
+  EXPECT_EQ("41**********1111 a2345678-1234-1234-1234-123456789012 41**********1111",
+            HideCards("4111111111111111 a2345678-1234-1234-1234-123456789012 4111111111111111"));
+}
+
+TEST(HideCards, WhatOnlyResemblesAGuidIsMasked) {
+  EXPECT_EQ("12******-****-****-****-********9012", HideCards("12345678-1234-1234-1234-123456789012"));
+  EXPECT_EQ("a12******-****-****-****-********9012", HideCards("a12345678-1234-1234-1234-123456789012"));
 }
 
 TEST(HideCards, ShorterNumbersStay) {

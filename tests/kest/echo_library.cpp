@@ -1,9 +1,14 @@
 // A library that a host can load in the place of KESTAPI, and that answers a sale and a bill with the request's own
 // fields: a server that returns what no server should. "Echo-" in front of a name is left out of the answer; the field
-// "X-Fail" makes it fail with that error code.
+// "X-Fail" makes it fail with that error code. A sale makes the file that "X-Sold" names and closes the file descriptor
+// "X-Close". A product list has the fields NAME=VALUE of its version, apart by ";", and one product with the same; it
+// fails without a version.
 #include <kestapi.h>
+#include <unistd.h>
 
 #include <cstdlib>
+#include <fstream>
+#include <sstream>
 #include <string>
 #include <utility>
 #include <vector>
@@ -14,7 +19,9 @@ struct KestFieldSet {
 };
 struct KestCheckout : KestFieldSet {};
 struct KestPurchase : KestFieldSet {};
-struct KestProductList : KestFieldSet {};
+struct KestProductList : KestFieldSet {
+  bool isRead = false;
+};
 struct KestBill : KestFieldSet {};
 
 namespace {
@@ -110,6 +117,8 @@ std::int32_t KestGetBillProductCount(KestBill*) {
 void KestSetApplicationGuid(const char*) {}
 void KestAddOrderLine(KestCheckout*, std::uint32_t, std::uint32_t) {}
 KestPurchase* KestBillCustomer(KestCheckout* checkout) {
+  if (const std::string* path = FieldOf(checkout, "X-Sold")) std::ofstream(*path) << "sold";
+  if (const std::string* descriptor = FieldOf(checkout, "X-Close")) close(std::atoi(descriptor->c_str()));
   return Echo(checkout, purchase);
 }
 KestBill* KestGetBill(KestCheckout* checkout) {
@@ -118,11 +127,16 @@ KestBill* KestGetBill(KestCheckout* checkout) {
 KestBool KestLoadReceipt(KestFieldSet*, const char*) {
   return 0;
 }
-KestBool KestGetProductList(KestProductList*, const char*) {
-  return 0;
+KestBool KestGetProductList(KestProductList* list, const char* version) {
+  std::istringstream stream(version);
+  for (std::string field; std::getline(stream, field, ';');) {
+    const std::size_t equals = field.find('=');
+    list->fields.emplace_back(field.substr(0, equals), field.substr(equals + 1));
+  }
+  return list->fields.empty() ? 0 : 1;
 }
-KestFieldSet* KestNextProduct(KestProductList*) {
-  return nullptr;
+KestFieldSet* KestNextProduct(KestProductList* list) {
+  return std::exchange(list->isRead, true) ? nullptr : list;
 }
 void KestClearOrder(KestCheckout*) {}
 

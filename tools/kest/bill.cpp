@@ -13,6 +13,7 @@ void Collect(Library& library, KestBill* bill, SaleRecord& record) {
   const std::int32_t count = library.KestGetBillProductCount(bill);
   for (std::int32_t i = 0; i < count; ++i) {
     record.products.push_back(FieldsOf(library, library.KestGetBillProduct(bill, static_cast<std::uint32_t>(i))));
+    HideCard(record.products.back(), {});
   }
 }
 

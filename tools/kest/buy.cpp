@@ -1,11 +1,12 @@
 #include "buy.h"
 
 #include <algorithm>
-#include <iostream>
 
 #include "card.h"
 #include "exit_codes.h"
 #include "failure.h"
+#include "standard_streams.h"
+#include "words.h"
 
 namespace kest_host {
 namespace {
@@ -44,8 +45,40 @@ std::vector<OrderLine> ParseOrder(const std::vector<std::string>& texts) {
 }
 
 void WarnOfUnknownOutcome() {
-  std::cerr << "kest: the outcome of the sale is unknown, and the card may have been charged. Do not just repeat the\n"
-               "kest: sale: find out first whether the server has it.\n";
+  Say("the outcome of the sale is unknown, and the card may have been charged. Do not just repeat the\n"
+      "sale: find out first whether the server has it.\n");
+}
+
+std::string ValueOf(Library& library, KestPurchase* purchase, const char* name, const std::string& card) {
+  const char* value = library.KestGetField(KEST_FIELDS(purchase), name);
+  return value == nullptr ? "unknown" : HideNumber(value, card);
+}
+
+// Whatever goes wrong from here on must not look like a sale that can be tried again.
+void ShowPurchase(Library& library, KestPurchase* purchase, const std::string& card, bool json) {
+  try {
+    SaleRecord record{"purchase", FieldsOf(library, KEST_FIELDS(purchase)), {}};
+    record.products = TakeProducts(record.fields);
+    HideCard(record.fields, card);
+    for (Fields& product : record.products) HideCard(product, card);
+    PrintRecord(record, json);
+  } catch (const std::exception&) {
+    SayWithNumbers("the sale WAS made: transaction " + ValueOf(library, purchase, "KEST-TxN", card) + ", total " +
+                   ValueOf(library, purchase, "KEST-TotalAmount", card) + ". Do not repeat it.");
+    throw;
+  }
+}
+
+// An output that cannot be written changes nothing of what became of the sale.
+int ShowFailure(std::int32_t error, const SaleOptions& options) {
+  if (error == KEST_ERROR_EXCHANGE) WarnOfUnknownOutcome();
+  const int code = ExplainFailure(error, options.server);
+  try {
+    PrintRecord({"purchase", {}, {}, error}, options.json);
+  } catch (const std::exception& failure) {
+    Say(failure.what());
+  }
+  return code;
 }
 
 }  // namespace
@@ -60,19 +93,12 @@ int RunBuy(const BuyOptions& options) {
   const auto checkout = MakeCheckout(library, fields);
   for (const OrderLine& line : order) library.KestAddOrderLine(checkout.get(), line.sku, line.quantity);
 
-  SaleRecord record{"purchase", {}, {}};
-  int code = exitDone;
-  if (KestPurchase* purchase = library.KestBillCustomer(checkout.get())) {
-    record.fields = FieldsOf(library, KEST_FIELDS(purchase));
-    HideCard(record.fields, card);
-    record.products = TakeProducts(record.fields);
-  } else {
-    record.error = library.KestGetErrorCode(KEST_FIELDS(checkout.get()));
-    if (record.error == KEST_ERROR_EXCHANGE) WarnOfUnknownOutcome();
-    code = ExplainFailure(record.error, options.sale.server);
-  }
-  PrintRecord(record, options.sale.json);
-  return code;
+  // The card may have been waited for.
+  if (!CanWriteOutput()) throw std::runtime_error("stdout cannot be written; nothing was sold");
+  KestPurchase* purchase = library.KestBillCustomer(checkout.get());
+  if (purchase == nullptr) return ShowFailure(library.KestGetErrorCode(KEST_FIELDS(checkout.get())), options.sale);
+  ShowPurchase(library, purchase, card, options.sale.json);
+  return exitDone;
 }
 
 }  // namespace kest_host

@@ -17,10 +17,16 @@ std::string ReadCard(const std::string& value);
 // digit stays, and so does what is masked already: a text of six digits at the most.
 std::string MaskCard(const std::string& number);
 
-// Masks the field "KEST-CCard-Number", and `number`, when it is one to hide, wherever else it stands in a value.
+// `text` with stars in `number` wherever its digits stand, blanks and dashes between them or not. A number shorter than
+// eight digits is none to hide.
+std::string HideNumber(const std::string& text, const std::string& number);
+
+// Masks the field "KEST-CCard-Number", `number` in every name and value, and, as HideCards does, whatever else is as long
+// as a card number; of this the values of KEST-TxN, of amounts, SKU and Quantity are left out.
 void HideCard(Fields& fields, const std::string& number);
 
-// A text for people in which whatever is as long as a card number has stars.
+// A text in which whatever is as long as a card number, blanks and dashes between its digits or not, has stars. A GUID
+// with a letter stays.
 std::string HideCards(const std::string& text);
 
 // "Visa" for 4: the card-type code of a receipt in words.

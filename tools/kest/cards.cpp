@@ -1,10 +1,9 @@
-#include <iostream>
-
 #include "card.h"
 #include "error_table.h"
 #include "exit_codes.h"
 #include "output.h"
 #include "tables.h"
+#include "words.h"
 
 namespace kest_host {
 namespace {
@@ -55,7 +54,7 @@ int RunCards(bool json) {
                       card.outcome});
     }
     PrintRows(std::move(rows));
-    std::cerr << "kest: these are the sandbox's cards; another server has its own.\n";
+    Say("these are the sandbox's cards; another server has its own.");
   }
   FinishOutput();
   return exitDone;

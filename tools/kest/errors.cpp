@@ -1,9 +1,8 @@
-#include <iostream>
-
 #include "error_table.h"
 #include "exit_codes.h"
 #include "output.h"
 #include "tables.h"
+#include "words.h"
 
 namespace kest_host {
 namespace {
@@ -44,12 +43,12 @@ int RunErrors(const std::string& code, bool json) {
     PrintJson({{"errors", ToJson(errors)}});
   } else if (!errors.empty()) {
     PrintTable(errors);
-    std::cerr << "kest: codes other than " << KEST_ERROR_EXCHANGE
-              << " are the sandbox's; another server has its own.\n";
+    Say("codes other than " + std::to_string(KEST_ERROR_EXCHANGE) +
+        " are the sandbox's; another server has its own.");
   }
   FinishOutput();
   if (!errors.empty()) return exitDone;
-  std::cerr << "kest: the sandbox has no error code " << code << "; another server has its own, ask who runs it.\n";
+  Say("the sandbox has no error code " + code + "; another server has its own, ask who runs it.");
   return exitNotFound;
 }
 

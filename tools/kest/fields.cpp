@@ -58,6 +58,12 @@ std::vector<Fields> TakeProducts(Fields& fields) {
   return products;
 }
 
+std::int32_t ReadErrorCode(const std::string& text) {
+  std::uint32_t code = 0;
+  for (const char character : text) code = code * 10 + static_cast<unsigned char>(character) - 48;
+  return static_cast<std::int32_t>(code);
+}
+
 bool ParseNumber(const std::string& text, std::uint64_t greatest, std::uint64_t& number) {
   constexpr std::size_t mostDigits = 18;
   if (text.empty() || text.size() > mostDigits) return false;

@@ -28,6 +28,9 @@ Fields ParseProduct(const std::string& text);
 // Moves the "KEST-Product" fields out of `fields` and answers them as products, in their order.
 std::vector<Fields> TakeProducts(Fields& fields);
 
+// The number that the library reads in "KEST-Error": every byte less that of "0" is taken for a decimal digit, modulo 2^32.
+std::int32_t ReadErrorCode(const std::string& text);
+
 // A decimal number from 0 to `greatest`; false for anything else.
 bool ParseNumber(const std::string& text, std::uint64_t greatest, std::uint64_t& number);
 

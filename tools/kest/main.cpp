@@ -1,17 +1,18 @@
 // kest: a host on the command line, for developers and scripts.
 #include <CLI/CLI.hpp>
 #include <functional>
-#include <iostream>
 #include <sstream>
 
 #include "bill.h"
 #include "buy.h"
-#include "card.h"
 #include "doctor.h"
 #include "exit_codes.h"
+#include "fields.h"
 #include "products.h"
 #include "receipt.h"
+#include "standard_streams.h"
 #include "tables.h"
+#include "words.h"
 
 namespace {
 
@@ -43,9 +44,20 @@ void AddVersionId(CLI::App& command, std::string& versionId) {
   command.add_option("--version-id", versionId, "Version of the application that asks");
 }
 
+// The parser would read a leading zero as the sign of an octal number.
+CLI::Validator DecimalPort() {
+  const auto check = [](std::string& text) -> std::string {
+    std::uint64_t port;
+    if (!kest_host::ParseNumber(text, UINT16_MAX, port)) return "a port is a decimal number from 0 to 65535";
+    text = std::to_string(port);
+    return {};
+  };
+  return CLI::Validator(check, "");
+}
+
 void AddServer(CLI::App& command, ServerOptions& options, bool required) {
   command.add_option("--server", options.server, "Commerce server: host name or dotted address")->required(required);
-  command.add_option("--port", options.port, "Its TCP port")->capture_default_str();
+  command.add_option("--port", options.port, "Its TCP port")->capture_default_str()->transform(DecimalPort());
   command.add_option("--key", options.keyFile, "File with the server's public key text")->required(required);
   command.add_option("--proxy", options.proxy, "HTTP proxy: HOST or HOST:PORT");
   AddLibrary(command, options.library, options.guid);
@@ -122,10 +134,9 @@ int Run(int argc, char** argv) {
   } catch (const CLI::Success& request) {
     return app.exit(request);
   } catch (const CLI::ParseError& error) {
-    // The parser repeats what it did not understand, which may be a card number.
     std::ostringstream words;
     app.exit(error, words, words);
-    std::cerr << kest_host::HideCards(words.str());
+    kest_host::Say(words.str());
     return kest_host::exitUsage;
   }
   return chosen();
@@ -135,12 +146,14 @@ int Run(int argc, char** argv) {
 
 int main(int argc, char** argv) {
   try {
+    kest_host::PrepareStandardStreams();
+    if (!kest_host::CanWriteOutput()) throw std::runtime_error("stdout cannot be written; nothing was done");
     return Run(argc, argv);
   } catch (const kest_host::UsageError& error) {
-    std::cerr << "kest: " << error.what() << '\n';
+    kest_host::Say(error.what());
     return kest_host::exitUsage;
   } catch (const std::exception& error) {
-    std::cerr << "kest: " << error.what() << '\n';
+    kest_host::Say(error.what());
     return kest_host::exitFailed;
   }
 }

@@ -1,10 +1,10 @@
 #include "products.h"
 
-#include <iostream>
-
+#include "card.h"
 #include "exit_codes.h"
 #include "failure.h"
 #include "output.h"
+#include "words.h"
 
 namespace kest_host {
 namespace {
@@ -14,14 +14,13 @@ struct Listing {
   std::vector<Fields> products;
   Fields reply;
   std::int32_t error = KEST_ERROR_NONE;
+  bool isRefused = false;  // the error is the server's own
 };
 
 // A product list is not refused by its result: the reply's own field says so.
 std::int32_t ErrorOf(const Fields& reply) {
   const std::string* text = Find(reply, "KEST-Error");
-  if (text == nullptr || text->find_first_not_of('0') == std::string::npos) return KEST_ERROR_NONE;
-  std::uint64_t code;
-  return ParseNumber(*text, INT32_MAX, code) ? static_cast<std::int32_t>(code) : -1;
+  return text == nullptr ? KEST_ERROR_NONE : ReadErrorCode(*text);
 }
 
 Listing Fetch(Library& library, const std::string& versionId) {
@@ -35,10 +34,18 @@ Listing Fetch(Library& library, const std::string& versionId) {
   }
   while (KestFieldSet* product = library.KestNextProduct(list.get())) {
     listing.products.push_back(FieldsOf(library, product));
+    HideCard(listing.products.back(), {});
   }
   listing.reply = FieldsOf(library, KEST_FIELDS(list.get()));
   listing.error = ErrorOf(listing.reply);
+  listing.isRefused = listing.error != KEST_ERROR_NONE;
+  HideCard(listing.reply, {});
   return listing;
+}
+
+int Explain(const Listing& listing, const ServerOptions& options) {
+  if (listing.error == KEST_ERROR_NONE) return exitDone;
+  return listing.isRefused ? ExplainRefusal(listing.error) : ExplainFailure(listing.error, options);
 }
 
 }  // namespace
@@ -47,15 +54,15 @@ int RunProducts(const ProductsOptions& options) {
   Library library(options.server.library);
   Configure(library, options.server);
   const Listing listing = Fetch(library, options.versionId);
-  const int code = listing.error == KEST_ERROR_NONE ? exitDone : ExplainFailure(listing.error, options.server);
+  const int code = Explain(listing, options.server);
   if (options.json) {
     PrintJson({{"products", ToJson(listing.products)},
                {"reply", ToJson(listing.reply)},
-               {"error", ErrorJson(listing.error)}});
+               {"error", ErrorJson(listing.error, listing.isRefused)}});
   } else if (!listing.products.empty()) {
     PrintRecords(listing.products);
   } else if (code == exitDone) {
-    std::cerr << "kest: the server lists no products for this application\n";
+    Say("the server lists no products for this application");
   }
   FinishOutput();
   return code;

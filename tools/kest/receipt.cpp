@@ -1,12 +1,10 @@
 #include "receipt.h"
 
-#include <iostream>
-
 #include "card.h"
 #include "exit_codes.h"
 #include "output.h"
 #include "session.h"
-#include "text.h"
+#include "words.h"
 
 namespace kest_host {
 namespace {
@@ -31,7 +29,8 @@ int RunReceipt(const ReceiptOptions& options) {
   Library library(options.library);
   const auto set = Hold(library.KestCreateFieldSet(), library.KestFreeFieldSet);
   const bool found = library.KestLoadReceipt(set.get(), guid.empty() ? nullptr : guid.c_str()) != 0;
-  const Fields receipt = FieldsOf(library, set.get());
+  Fields receipt = FieldsOf(library, set.get());
+  HideCard(receipt, {});
   if (options.json) {
     PrintJson({{"receipt", found ? ToJson(receipt) : Json(nullptr)}});
   } else if (found) {
@@ -39,9 +38,8 @@ int RunReceipt(const ReceiptOptions& options) {
   }
   FinishOutput();
   if (found) return exitDone;
-  std::cerr << "kest: no receipt is stored here for "
-            << (guid.empty() ? "an application without GUID" : ForTerminal(guid))
-            << ". The GUID counts with its letter case, and receipts are this user's and this machine's own.\n";
+  Say("no receipt is stored here for " + (guid.empty() ? "an application without GUID" : guid) +
+      ". The GUID counts with its letter case, and receipts are this user's and this machine's own.");
   return exitNotFound;
 }
 

@@ -65,6 +65,8 @@ Fields ParseFields(const std::vector<std::string>& texts) {
     fields.emplace_back(text.substr(0, equals), text.substr(equals + 1));
     if (IsSameName(fields.back().first, "KEST-CCard-Number")) throw UsageError("the card is given with --card");
     if (IsSameName(fields.back().first, "KEST-TxN")) throw UsageError("the transaction is the argument of kest bill");
+    // It would be charged beside the order.
+    if (IsSameName(fields.back().first, "KEST-Product")) throw UsageError("products are ordered by their SKU");
   }
   return fields;
 }

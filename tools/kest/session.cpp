@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <fstream>
-#include <iterator>
 #include <utility>
 
 #include "fields.h"
@@ -12,8 +11,11 @@ namespace {
 
 std::string ReadKey(const std::string& path) {
   std::ifstream file(path, std::ios::binary);
-  const std::string text{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
-  if (!file) throw std::runtime_error("the key file " + path + " cannot be read; kest-sandbox writes it as public.key");
+  std::string text;
+  const bool isOpen = file.is_open();
+  for (char character; file.get(character);) text += character;
+  // A folder can be opened, but not read.
+  if (!isOpen || file.bad()) throw std::runtime_error("the key file " + path + " cannot be read; kest-sandbox writes it as public.key");
   if (text.empty())
     throw std::runtime_error("the key file " + path + " is empty; kest-sandbox writes it as public.key");
   return text;
