@@ -1,12 +1,14 @@
 #include "doctor.h"
 
-#include <iostream>
 #include <optional>
 
+#include "card.h"
 #include "exit_codes.h"
 #include "library_file.h"
 #include "output.h"
 #include "reach.h"
+#include "text.h"
+#include "words.h"
 
 namespace kest_host {
 namespace {
@@ -65,18 +67,21 @@ bool Exchange(Library& library, const std::string& versionId) {
   return library.KestGetProductList(list.get(), versionId.c_str()) != 0;
 }
 
-// Needs a library that has all its functions.
-void ExamineKey(const DoctorOptions& options, Findings& findings) {
-  Library library(options.server.library);
+void ExamineKey(Library& library, const ServerOptions& options, Findings& findings) {
   try {
-    Configure(library, options.server);
+    Configure(library, options);
     findings.keyIsGood = true;
   } catch (const std::runtime_error& error) {
     findings.keyIsGood = false;
     findings.faults.push_back(error.what());
   }
+}
+
+void ExamineExchange(Library& library, const DoctorOptions& options, Findings& findings) {
   // A server that nobody reaches needs no second attempt.
-  if (options.server.server.empty() || !*findings.keyIsGood || !findings.serverAnswers.value_or(true)) return;
+  if (options.server.server.empty() || !findings.keyIsGood.value_or(false) || !findings.serverAnswers.value_or(true)) {
+    return;
+  }
   findings.exchangeWorks = Exchange(library, options.versionId);
   if (*findings.exchangeWorks) return;
   findings.faults.push_back(
@@ -114,7 +119,14 @@ std::size_t FoundFunctions(const Findings& findings) {
   return findings.loaded ? std::size(hostFunctions) - findings.missing.size() : 0;
 }
 
+// Paths and the system's words are of any bytes.
+std::string Shown(const std::string& text) {
+  return HideCards(ToUtf8(text));
+}
+
 Json ToJson(const Findings& findings) {
+  Json faults = Json::array();
+  for (const std::string& fault : findings.faults) faults.push_back(Shown(fault));
   Json missing = Json::array();
   for (const HostFunction& function : findings.missing) {
     missing.push_back({{"ordinal", function.ordinal}, {"name", function.name}});
@@ -122,11 +134,11 @@ Json ToJson(const Findings& findings) {
   const bool isKnown = findings.file.bits != 0;
   const Json functions = {{"found", FoundFunctions(findings)}, {"of", std::size(hostFunctions)}, {"missing", missing}};
   const Json library = {
-      {"path", findings.path},
+      {"path", Shown(findings.path)},
       {"loaded", findings.loaded},
       {"bits", isKnown ? Json(findings.file.bits) : Json(nullptr)},
       {"size", findings.file.readable ? Json(findings.file.size) : Json(nullptr)},
-      {"fileVersion", findings.fileVersion.empty() ? Json(nullptr) : Json(findings.fileVersion)},
+      {"fileVersion", findings.fileVersion.empty() ? Json(nullptr) : Json(Shown(findings.fileVersion))},
       {"functions", functions},
   };
   return {{"library", library},
@@ -134,13 +146,13 @@ Json ToJson(const Findings& findings) {
           {"key", KeyWord(findings)},
           {"server", ServerWord(findings)},
           {"exchange", ExchangeWord(findings)},
-          {"faults", findings.faults}};
+          {"faults", faults}};
 }
 
-void Print(const Findings& findings) {
+Fields LibraryLines(const Findings& findings) {
   const LibraryFile& file = findings.file;
   Fields lines = {
-      {"Library", findings.path.empty() ? "not found" : findings.path},
+      {"Library", findings.path.empty() ? "not found" : Shown(findings.path)},
       {"Loaded", findings.loaded ? "yes" : "no"},
       {"Bits", file.bits == 0 ? "unknown" : std::to_string(file.bits) + "-bit"},
       {"Size", file.readable ? std::to_string(file.size) + " bytes" : "unknown"},
@@ -151,10 +163,16 @@ void Print(const Findings& findings) {
     lines.emplace_back("Missing", std::to_string(function.ordinal) + " " + function.name);
   }
   lines.emplace_back("Program", std::to_string(programBits) + "-bit");
-  lines.emplace_back("Key", KeyWord(findings));
-  lines.emplace_back("Server", ServerWord(findings));
-  lines.emplace_back("Exchange", ExchangeWord(findings));
+  return lines;
+}
+
+// What is known stands there before the next thing is tried, which may take long or never end.
+void Show(Fields lines, const DoctorOptions& options) {
+  constexpr std::size_t widestName = 12;  // that of "File version"
+  if (options.json) return;
+  for (auto& line : lines) line.first.resize(widestName, ' ');
   PrintLines(lines);
+  FinishOutput();
 }
 
 int ExitCodeOf(const Findings& findings) {
@@ -170,15 +188,19 @@ int ExitCodeOf(const Findings& findings) {
 int RunDoctor(const DoctorOptions& options) {
   Findings findings;
   ExamineLibrary(options.server.library, findings);
-  ExamineServer(options.server, findings);
-  const bool isUsable = findings.loaded && findings.missing.empty();
-  if (isUsable && !options.server.keyFile.empty()) ExamineKey(options, findings);
-  if (options.json) {
-    PrintJson(ToJson(findings));
-  } else {
-    Print(findings);
+  Show(LibraryLines(findings), options);
+  std::optional<Library> library;
+  if (findings.loaded && findings.missing.empty() && !options.server.keyFile.empty()) {
+    library.emplace(options.server.library);
+    ExamineKey(*library, options.server, findings);
   }
-  for (const std::string& fault : findings.faults) std::cerr << "kest: " << fault << '\n';
+  Show({{"Key", KeyWord(findings)}}, options);
+  ExamineServer(options.server, findings);
+  Show({{"Server", ServerWord(findings)}}, options);
+  if (library) ExamineExchange(*library, options, findings);
+  Show({{"Exchange", ExchangeWord(findings)}}, options);
+  if (options.json) PrintJson(ToJson(findings));
+  for (const std::string& fault : findings.faults) Say(fault);
   FinishOutput();
   return ExitCodeOf(findings);
 }

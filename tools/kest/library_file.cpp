@@ -1,5 +1,7 @@
 #include "library_file.h"
 
+#include <sys/stat.h>
+
 #include <fstream>
 #include <vector>
 
@@ -32,10 +34,17 @@ int BitsOfPe(std::ifstream& file, const Bytes& head) {
   return machine == 0x014C ? 32 : machine == 0x8664 ? 64 : 0;
 }
 
+// A folder can be opened too and has a size of its own kind; a pipe would be waited for.
+bool IsRegularFile(const std::string& path) {
+  struct stat facts;
+  return stat(path.c_str(), &facts) == 0 && S_ISREG(facts.st_mode);
+}
+
 }  // namespace
 
 LibraryFile InspectLibraryFile(const std::string& path) {
   LibraryFile facts;
+  if (!IsRegularFile(path)) return facts;
   std::ifstream file(path, std::ios::binary | std::ios::ate);
   const std::streamoff size = file.tellg();
   if (!file || size < 0) return facts;

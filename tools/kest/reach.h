@@ -7,7 +7,7 @@
 
 namespace kest_host {
 
-// Looks the name up and connects to one address after the other, as long as the system waits; says nothing and closes.
+// Looks the name up and connects to one address after the other, about 5 seconds each; says nothing and closes.
 // Only addresses of IPv4, which are the library's.
 bool CanConnect(const std::string& host, std::uint16_t port);
 
