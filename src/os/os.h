@@ -93,9 +93,10 @@ using RegistryHandle = void*;
 inline RegistryHandle CurrentUser() { return reinterpret_cast<RegistryHandle>(static_cast<std::intptr_t>(-0x7FFFFFFF)); }
 inline RegistryHandle LocalMachine() { return reinterpret_cast<RegistryHandle>(static_cast<std::intptr_t>(-0x7FFFFFFE)); }
 
-// Access masks and types of values.
+// Access masks, keySetValue being the part without which values are not set, and types of values.
 constexpr std::uint32_t keyRead = 0x20019;
 constexpr std::uint32_t keyAllAccess = 0xF003F;
+constexpr std::uint32_t keySetValue = 0x2;
 constexpr std::uint32_t typeString = 1;  // REG_SZ
 constexpr std::uint32_t typeBinary = 3;  // REG_BINARY
 constexpr std::uint32_t typeNumber = 4;  // REG_DWORD, low byte first
@@ -163,12 +164,12 @@ class System {
   virtual bool DeleteObject(GraphicsObject object) = 0;
 
   // Registry. Paths are key names joined by "\\", from 1 to 255 characters each, found without regard to the case of
-  // letters. All answer errorSuccess or why not; then nothing was changed and no handle given. A write either happened
-  // or did not, whenever the process ends. Null texts are empty: the empty path is the key itself, the empty value name
-  // the key's default value.
+  // letters. All answer errorSuccess or why not; then no handle was given and nothing changed, but that keys above the
+  // one to be made may have been made. A write either happened or did not, whenever the process ends. Null texts are
+  // empty: the empty path is the key itself, the empty value name the key's default value.
   virtual std::int32_t RegOpenKeyExA(RegistryHandle parent, const char* path, std::uint32_t options,
                                      std::uint32_t access, RegistryHandle* key) = 0;
-  // Opens or makes the key and whatever is missing above it. `options` 0: kept on disk.
+  // Opens or makes the key and whatever is missing above it, whatever access `parent` has. `options` 0: kept on disk.
   virtual std::int32_t RegCreateKeyExA(RegistryHandle parent, const char* path, std::uint32_t options,
                                        std::uint32_t access, RegistryHandle* key) = 0;
   virtual std::int32_t RegCloseKey(RegistryHandle key) = 0;
@@ -176,6 +177,7 @@ class System {
   // alone. errorMoreData: `data` is too small; what it then holds is of no use. `type` may be null.
   virtual std::int32_t RegQueryValueExA(RegistryHandle key, const char* name, std::uint32_t* type, void* data,
                                         std::uint32_t* size) = 0;
+  // errorAccessDenied when the key was opened without keySetValue.
   virtual std::int32_t RegSetValueExA(RegistryHandle key, const char* name, std::uint32_t type, const void* data,
                                       std::uint32_t size) = 0;
   // The name of subkey or value `index`, in the registry's order, ended by a NUL; `characters` holds the room in `name`

@@ -24,6 +24,7 @@ namespace {
 struct Key {
   Descriptor directory;
   Listing keys, values;
+  bool maySet = true;  // values; a root may
 };
 
 // The handles that Windows predefines: the 256 lowest numbers of 32 bits, which no address is.
@@ -72,7 +73,8 @@ class Target {
   Key* key = &root;
 };
 
-std::int32_t OpenPath(RegistryHandle parent, const char* text, Missing missing, RegistryHandle* handle) {
+std::int32_t OpenPath(RegistryHandle parent, const char* text, Missing missing, std::uint32_t access,
+                      RegistryHandle* handle) {
   std::string_view path = TextOf(text);
   if (!IsPath(path)) return errorInvalidParameter;
   Target from;
@@ -89,6 +91,7 @@ std::int32_t OpenPath(RegistryHandle parent, const char* text, Missing missing, 
   if (block == nullptr) return errorNotEnoughMemory;
   auto* key = new (block) Key;
   key->directory = std::move(directory);
+  key->maySet = (access & keySetValue) != 0;
   *handle = key;
   return errorSuccess;
 }
@@ -115,12 +118,12 @@ std::int32_t NameAt(RegistryHandle handle, Listing Key::*listing, TakeNames take
 
 }  // namespace
 
-std::int32_t OpenKey(RegistryHandle parent, const char* path, RegistryHandle* key) {
-  return OpenPath(parent, path, Missing::isAnError, key);
+std::int32_t OpenKey(RegistryHandle parent, const char* path, std::uint32_t access, RegistryHandle* key) {
+  return OpenPath(parent, path, Missing::isAnError, access, key);
 }
 
-std::int32_t CreateKey(RegistryHandle parent, const char* path, RegistryHandle* key) {
-  return OpenPath(parent, path, Missing::isMade, key);
+std::int32_t CreateKey(RegistryHandle parent, const char* path, std::uint32_t access, RegistryHandle* key) {
+  return OpenPath(parent, path, Missing::isMade, access, key);
 }
 
 std::int32_t CloseKey(RegistryHandle handle) {
@@ -159,6 +162,7 @@ std::int32_t SetValue(RegistryHandle handle, const char* name, std::uint32_t typ
   Target key;
   std::int32_t error = key.Open(handle, Missing::isMade);
   if (error != errorSuccess) return error;
+  if (!(*key).maySet) return errorAccessDenied;
   const FileName file = FileNameOfValue(wanted);
   Record value{type, wanted, {static_cast<const char*>(data), size}};
   RecordFile old;

@@ -10,8 +10,8 @@
 
 namespace os::posix {
 
-std::int32_t OpenKey(RegistryHandle parent, const char* path, RegistryHandle* key);
-std::int32_t CreateKey(RegistryHandle parent, const char* path, RegistryHandle* key);
+std::int32_t OpenKey(RegistryHandle parent, const char* path, std::uint32_t access, RegistryHandle* key);
+std::int32_t CreateKey(RegistryHandle parent, const char* path, std::uint32_t access, RegistryHandle* key);
 std::int32_t CloseKey(RegistryHandle key);
 std::int32_t QueryValue(RegistryHandle key, const char* name, std::uint32_t* type, void* data, std::uint32_t* size);
 std::int32_t SetValue(RegistryHandle key, const char* name, std::uint32_t type, const void* data, std::uint32_t size);

@@ -119,13 +119,13 @@ class PosixSystem final : public System {
   bool DeleteDC(DeviceContext) override { return false; }
   bool DeleteObject(GraphicsObject) override { return false; }
 
-  std::int32_t RegOpenKeyExA(RegistryHandle parent, const char* path, std::uint32_t, std::uint32_t,
+  std::int32_t RegOpenKeyExA(RegistryHandle parent, const char* path, std::uint32_t, std::uint32_t access,
                              RegistryHandle* key) override {
-    return posix::OpenKey(parent, path, key);
+    return posix::OpenKey(parent, path, access, key);
   }
-  std::int32_t RegCreateKeyExA(RegistryHandle parent, const char* path, std::uint32_t, std::uint32_t,
+  std::int32_t RegCreateKeyExA(RegistryHandle parent, const char* path, std::uint32_t, std::uint32_t access,
                                RegistryHandle* key) override {
-    return posix::CreateKey(parent, path, key);
+    return posix::CreateKey(parent, path, access, key);
   }
   std::int32_t RegCloseKey(RegistryHandle key) override { return posix::CloseKey(key); }
   std::int32_t RegQueryValueExA(RegistryHandle key, const char* name, std::uint32_t* type, void* data,

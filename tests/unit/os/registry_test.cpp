@@ -117,6 +117,40 @@ TEST_F(Registry, CreatingMakesWhatIsMissingAbove) {
   EXPECT_EQ(Strings{"c"}, KeyNames(above));
 }
 
+TEST_F(Registry, AKeyOpenedForReadingTakesNoValues) {
+  ASSERT_EQ(errorSuccess, Set(key, "value", typeBinary, "data"));
+  OpenedKey opened;
+  ASSERT_EQ(errorSuccess, opened.Open(CurrentUser(), path.c_str()));
+  EXPECT_EQ(errorAccessDenied, Set(opened, "value", typeBinary, "other"));
+  EXPECT_EQ(errorAccessDenied, Set(opened, "new", typeBinary, "other"));
+  EXPECT_EQ("data", Get(opened, "value").data);
+  EXPECT_EQ(Strings{"value"}, ValueNames(opened));
+}
+
+TEST_F(Registry, AKeyMadeForReadingTakesNoValues) {
+  RegistryHandle made = nullptr;
+  ASSERT_EQ(errorSuccess, Native().RegCreateKeyExA(key, "made", 0, keyRead, &made));
+  EXPECT_EQ(errorAccessDenied, Set(made, "value", typeBinary, "data"));
+  EXPECT_EQ(Strings{}, ValueNames(made));
+  EXPECT_EQ(errorSuccess, Native().RegCloseKey(made));
+}
+
+TEST_F(Registry, AKeyOpenedForSettingValuesTakesThem) {
+  RegistryHandle opened = nullptr;
+  ASSERT_EQ(errorSuccess, Native().RegOpenKeyExA(CurrentUser(), path.c_str(), 0, keySetValue, &opened));
+  EXPECT_EQ(errorSuccess, Set(opened, "value", typeBinary, "data"));
+  EXPECT_EQ(errorSuccess, Native().RegCloseKey(opened));
+  EXPECT_EQ("data", Get(key, "value").data);
+}
+
+// Who may make a key is a matter of the key above it, not of the handle to that.
+TEST_F(Registry, BelowAKeyOpenedForReadingKeysAreMade) {
+  OpenedKey opened, made;
+  ASSERT_EQ(errorSuccess, opened.Open(CurrentUser(), path.c_str()));
+  ASSERT_EQ(errorSuccess, made.Create(opened, "made"));
+  EXPECT_EQ(errorSuccess, Set(made, "value", typeBinary, "data"));
+}
+
 TEST_F(Registry, OpeningMakesNothing) {
   OpenedKey missing;
   EXPECT_EQ(errorFileNotFound, missing.Open(key, "missing"));
