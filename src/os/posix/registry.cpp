@@ -169,9 +169,10 @@ std::int32_t SetValue(RegistryHandle handle, const char* name, std::uint32_t typ
   error = old.Read(key.Directory(), file.text);
   if (error == errorNotEnoughMemory) return error;
   if (error == errorSuccess) {
-    // Another value lies there, or this one, which keeps its name as it was first written.
-    if (!IsSameName(old.Contents().name, wanted)) return errorWriteFault;
-    value.name = old.Contents().name;
+    // This value keeps its name as it was first written. Another one can lie there only where names are cut.
+    const bool isOwn = IsSameName(old.Contents().name, wanted);
+    if (!isOwn && file.isCut) return errorWriteFault;
+    if (isOwn) value.name = old.Contents().name;
   }
   return WriteRecord(key.Directory(), file.text, value);
 }

@@ -21,9 +21,6 @@
 namespace os::posix {
 namespace {
 
-constexpr mode_t ownersAlone = 0700;
-constexpr char currentUser[] = "HKEY_CURRENT_USER";
-
 // A path in the making; what does not fit makes it useless, and it says so.
 class Path {
  public:
@@ -82,15 +79,19 @@ Descriptor OpenDirectory(int parent, const char* name, int flags) {
 // What was made in `directory` is on the disk when this has answered 0. The descriptor may be one that only leads on.
 int Flush(int directory) {
   const Descriptor flushed = OpenDirectory(directory, ".", 0);
-  return flushed.IsOpen() ? fsync(flushed.Number()) : -1;
+  // What may be written and gone through but not read cannot be flushed, and need not.
+  if (!flushed.IsOpen()) return errno == EACCES ? 0 : -1;
+  return fsync(flushed.Number());
 }
 
-Descriptor OpenOrMake(int parent, const char* name, int flags) {
-  Descriptor directory = OpenDirectory(parent, name, flags);
+// A directory of which nothing but the way through is allowed can be gone through.
+Descriptor OpenOrMake(int parent, const char* name) {
+  Descriptor directory = OpenDirectory(parent, name, O_PATH);
   if (directory.IsOpen() || errno != ENOENT) return directory;
-  if (mkdirat(parent, name, ownersAlone) != 0 && errno != EEXIST) return directory;
+  if (mkdirat(parent, name, ownersDirectory) != 0 && errno != EEXIST) return directory;
+  AllowOwner(parent, name);
   if (Flush(parent) != 0) return directory;
-  return OpenDirectory(parent, name, flags);
+  return OpenDirectory(parent, name, O_PATH);
 }
 
 // Goes down `path`, which is cut at its separators, making what is missing.
@@ -99,11 +100,17 @@ Descriptor MakePath(char* path) {
   char* rest = nullptr;
   for (const char* name = strtok_r(path, "/", &rest); name != nullptr && directory.IsOpen();
        name = strtok_r(nullptr, "/", &rest)) {
-    // A directory of which nothing but the way through is allowed can be gone through.
-    directory = OpenOrMake(directory.Number(), name, O_PATH);
+    directory = OpenOrMake(directory.Number(), name);
   }
   return directory;
 }
+
+// Where a key lies, or is to lie.
+struct Place {
+  int parent;  // may only lead on
+  FileName file;
+  std::string_view name;  // what the key's directory has to tell; empty when its file name tells it
+};
 
 // Whether the directory of a cut file name is that of the key `name`.
 std::int32_t CheckName(int directory, std::string_view name) {
@@ -113,47 +120,73 @@ std::int32_t CheckName(int directory, std::string_view name) {
   return IsSameName(told.Contents().name, name) ? errorSuccess : errorFileNotFound;
 }
 
-std::int32_t OpenExisting(int parent, const FileName& file, std::string_view name, Descriptor* key) {
-  Descriptor directory = OpenDirectory(parent, file.text, O_NOFOLLOW);
+std::int32_t OpenExisting(const Place& place, Descriptor* key) {
+  Descriptor directory = OpenDirectory(place.parent, place.file.text, O_NOFOLLOW);
   if (!directory.IsOpen()) return ReadingError(errno);
-  if (file.isCut) {
-    const std::int32_t error = CheckName(directory.Number(), name);
+  if (place.file.isCut) {
+    const std::int32_t error = CheckName(directory.Number(), place.name);
     if (error != errorSuccess) return error;
   }
   *key = std::move(directory);
   return errorSuccess;
 }
 
-// Makes the key's directory and puts its name into it. Whoever is killed in between leaves a key that shows a small
-// name.
-std::int32_t MakeInTwoSteps(int parent, const FileName& file, std::string_view name) {
-  if (mkdirat(parent, file.text, ownersAlone) != 0) return errno == EEXIST ? errorSuccess : WritingError(errno);
-  const Descriptor key = OpenDirectory(parent, file.text, O_NOFOLLOW);
-  return key.IsOpen() ? WriteRecord(key.Number(), nameFile, {0, name, {}}) : WritingError(errno);
+std::int32_t PutName(int key, std::string_view name) {
+  return name.empty() ? errorSuccess : WriteRecord(key, nameFile, {0, name, {}});
 }
 
-// Makes the key's directory, which appears with its name in it and never takes the place of one that appeared first.
-std::int32_t MakeInOneStep(int parent, const FileName& file, std::string_view name) {
+// Makes the key's directory and puts its name into it. Whoever is killed in between leaves a key that shows a small
+// name.
+std::int32_t MakeInTwoSteps(const Place& place) {
+  if (mkdirat(place.parent, place.file.text, ownersDirectory) != 0) {
+    return errno == EEXIST ? errorSuccess : WritingError(errno);
+  }
+  AllowOwner(place.parent, place.file.text);
+  const Descriptor key = OpenDirectory(place.parent, place.file.text, O_NOFOLLOW);
+  return key.IsOpen() ? PutName(key.Number(), place.name) : WritingError(errno);
+}
+
+// Makes the key's directory, or finds that another has. It appears with its mode and its name, and never takes the
+// place of a directory that appeared first.
+std::int32_t MakeKey(const Place& place) {
   TemporaryName temporary;
-  const Descriptor made = MakeTemporaryDirectory(parent, &temporary);
+  const Descriptor made = MakeTemporaryDirectory(place.parent, &temporary);
   if (!made.IsOpen()) return WritingError(errno);
-  std::int32_t error = WriteRecord(made.Number(), nameFile, {0, name, {}});
+  std::int32_t error = PutName(made.Number(), place.name);
   if (error == errorSuccess) {
-    if (renameat2(parent, temporary.text, parent, file.text, RENAME_NOREPLACE) == 0) return errorSuccess;
+    if (renameat2(place.parent, temporary.text, place.parent, place.file.text, RENAME_NOREPLACE) == 0) return error;
     // Not every file system can do that.
     const bool isUnable = errno == EINVAL || errno == ENOSYS;
-    if (errno != EEXIST) error = isUnable ? MakeInTwoSteps(parent, file, name) : WritingError(errno);
+    if (errno != EEXIST) error = isUnable ? MakeInTwoSteps(place) : WritingError(errno);
   }
-  RemoveDirectory(parent, temporary.text, made.Number());
+  RemoveDirectory(place.parent, temporary.text, made.Number());
   return error;
 }
 
-// Makes the key's directory, or finds that another has.
-std::int32_t MakeKey(int parent, const FileName& file, std::string_view name) {
-  const bool needsName =
-      file.isCut || std::any_of(name.begin(), name.end(), [](char c) { return c >= 'A' && c <= 'Z'; });
-  if (needsName) return MakeInOneStep(parent, file, name);
-  return mkdirat(parent, file.text, ownersAlone) == 0 || errno == EEXIST ? errorSuccess : WritingError(errno);
+std::int32_t OpenOrMakeKey(const Place& place, Descriptor* key) {
+  Descriptor directory;
+  std::int32_t error = OpenExisting(place, &directory);
+  if (error == errorFileNotFound) {
+    RemoveLeftovers(place.parent);
+    // What is no directory is no key and gives way to one. A directory is not removed like this.
+    unlinkat(place.parent, place.file.text, 0);
+    error = MakeKey(place);
+    if (error == errorSuccess) error = OpenExisting(place, &directory);
+    // Something else lies in its place.
+    if (error == errorFileNotFound) return errorAccessDenied;
+  }
+  // Whoever made the directory may not have flushed it yet.
+  if (error == errorSuccess && Flush(place.parent) != 0) error = WritingError(errno);
+  if (error == errorSuccess) *key = std::move(directory);
+  return error;
+}
+
+std::int32_t OpenPlace(const Place& place, Missing missing, Descriptor* key) {
+  return missing == Missing::isMade ? OpenOrMakeKey(place, key) : OpenExisting(place, key);
+}
+
+bool HasCapital(std::string_view name) {
+  return std::any_of(name.begin(), name.end(), [](char c) { return c >= 'A' && c <= 'Z'; });
 }
 
 }  // namespace
@@ -167,29 +200,13 @@ std::int32_t OpenCurrentUser(Missing missing, Descriptor* key) {
   Descriptor store = OpenDirectory(AT_FDCWD, path.Text(), O_PATH);
   if (!store.IsOpen() && isMade) store = MakePath(path.Text());
   if (!store.IsOpen()) return isMade ? WritingError(errno) : ReadingError(errno);
-  Descriptor root = isMade ? OpenOrMake(store.Number(), currentUser, O_NOFOLLOW)
-                           : OpenDirectory(store.Number(), currentUser, O_NOFOLLOW);
-  if (!root.IsOpen()) return isMade ? WritingError(errno) : ReadingError(errno);
-  *key = std::move(root);
-  return errorSuccess;
+  return OpenPlace({store.Number(), {"HKEY_CURRENT_USER", false}, {}}, missing, key);
 }
 
 std::int32_t OpenSubkey(int parent, std::string_view name, Missing missing, Descriptor* key) {
   const FileName file = FileNameOfKey(name);
-  Descriptor directory;
-  std::int32_t error = OpenExisting(parent, file, name, &directory);
-  if (missing == Missing::isMade) {
-    if (error == errorFileNotFound) {
-      error = MakeKey(parent, file, name);
-      if (error == errorSuccess) error = OpenExisting(parent, file, name, &directory);
-      // Something else lies in its place.
-      if (error == errorFileNotFound) return errorAccessDenied;
-    }
-    // Whoever made the directory may not have flushed it yet.
-    if (error == errorSuccess && fsync(parent) != 0) error = WritingError(errno);
-  }
-  if (error == errorSuccess) *key = std::move(directory);
-  return error;
+  const bool isTold = file.isCut || HasCapital(name);
+  return OpenPlace({parent, file, isTold ? name : std::string_view()}, missing, key);
 }
 
 }  // namespace os::posix

@@ -13,6 +13,7 @@
 #include <iterator>
 #include <string>
 
+#include "os/posix/registry_name.h"
 #include "unit/os/registry_place.h"
 
 namespace os {
@@ -106,10 +107,18 @@ TEST_F(HostileStore, AFileOfAnotherNameIsAMissingValue) {
   ExpectMissing("another value's file");
 }
 
-TEST_F(HostileStore, AnotherValuesPlaceIsNotTakenAway) {
+TEST_F(HostileStore, AFileOfAnotherNameGivesWay) {
   fs::copy_file(folder + "/=other", file, fs::copy_options::overwrite_existing);
-  EXPECT_EQ(errorWriteFault, Set(key, "Value", typeString, data));
-  EXPECT_EQ(ReadFile(folder + "/=other"), ReadFile(file));
+  ExpectWritable();
+  EXPECT_EQ((Strings{"other", "Value"}), ValueNames(key));
+}
+
+TEST_F(HostileStore, WhereNamesAreCutAnotherValuesPlaceIsNotTakenAway) {
+  const std::string longName(250, 'v'), cut = folder + "/" + posix::FileNameOfValue(longName).text;
+  const std::string another = Record(std::string(250, 'w'), "data");
+  WriteFile(cut, another);
+  EXPECT_EQ(errorWriteFault, Set(key, longName.c_str(), typeString, data));
+  EXPECT_EQ(another, ReadFile(cut));
 }
 
 TEST_F(HostileStore, APipeIsAMissingValue) {
@@ -176,10 +185,41 @@ TEST_F(HostileStore, ForeignNamesAreNeitherKeysNorValues) {
   fs::create_directory_symlink(store, folder + "/link");
   EXPECT_EQ(Strings{}, KeyNames(key));
   EXPECT_EQ((Strings{"other", "Value"}), ValueNames(key));
-  OpenedKey link, made;
+  OpenedKey link, plain;
   EXPECT_EQ(errorFileNotFound, link.Open(key, "link"));
-  EXPECT_EQ(errorAccessDenied, made.Create(key, "link"));
-  EXPECT_EQ(errorAccessDenied, made.Create(key, "plain"));
+  EXPECT_EQ(errorFileNotFound, plain.Open(key, "plain"));
+  EXPECT_TRUE(fs::is_regular_file(folder + "/plain"));
+}
+
+TEST_F(HostileStore, WhatIsNoDirectoryGivesWayToAKey) {
+  WriteFile(store + "/elsewhere", "kept");
+  fs::create_directory(store + "/outside");
+  WriteFile(folder + "/plain", "x");
+  fs::create_symlink(store + "/elsewhere", folder + "/to a file");
+  fs::create_directory_symlink(store + "/outside", folder + "/to a directory");
+  fs::create_symlink(store + "/nowhere", folder + "/to nothing");
+  ASSERT_EQ(0, mkfifo((folder + "/pipe").c_str(), 0600));
+  for (const char* name : {"plain", "to a file", "TO A DIRECTORY", "to nothing", "Pipe"}) {
+    OpenedKey made;
+    ASSERT_EQ(errorSuccess, made.Create(key, (name + "\\below"s).c_str())) << name;
+    EXPECT_EQ(errorSuccess, Set(made, "value", typeString, data));
+  }
+  EXPECT_EQ((Strings{"Pipe", "plain", "TO A DIRECTORY", "to a file", "to nothing"}), KeyNames(key));
+  EXPECT_EQ("kept", ReadFile(store + "/elsewhere"));
+  EXPECT_TRUE(fs::is_empty(store + "/outside"));
+  EXPECT_FALSE(fs::exists(store + "/nowhere"));
+}
+
+TEST_F(HostileStore, ALinkInTheRootsPlaceIsNoRoot) {
+  const std::string root = store + "/HKEY_CURRENT_USER", outside = store + "/outside";
+  fs::rename(root, outside);
+  fs::create_directory_symlink(outside, root);
+  OpenedKey opened, made;
+  EXPECT_EQ(errorFileNotFound, opened.Open(CurrentUser(), path.c_str()));
+  EXPECT_EQ(errorSuccess, made.Create(CurrentUser(), "new"));
+  EXPECT_TRUE(fs::is_directory(fs::symlink_status(root)));
+  EXPECT_FALSE(fs::exists(outside + "/new"));
+  EXPECT_EQ(data, Get(key, "Value").data);
 }
 
 TEST_F(HostileStore, ANameWithAZeroByteIsNoName) {
@@ -249,6 +289,25 @@ TEST_F(HostileStore, LeftoversAreTakenAwayByTheNextWriterAlone) {
   EXPECT_FALSE(fs::exists(folder + "/.new-1-2"));
   EXPECT_TRUE(fs::exists(folder + "/.other"));
   EXPECT_TRUE(fs::exists(folder + "/.name"));
+}
+
+TEST_F(HostileStore, LeftoversAreTakenAwayWhereverAKeyIsMade) {
+  fs::create_directory(folder + "/.new-1-1");
+  WriteFile(store + "/.new-1-1", "x");
+  OpenedKey deep, top;
+  ASSERT_EQ(errorSuccess, deep.Create(key, "a\\b"));
+  EXPECT_FALSE(fs::exists(folder + "/.new-1-1"));
+  fs::rename(store + "/HKEY_CURRENT_USER", store + "/elsewhere");
+  ASSERT_EQ(errorSuccess, top.Create(CurrentUser(), ""));
+  EXPECT_FALSE(fs::exists(store + "/.new-1-1"));
+}
+
+TEST_F(HostileStore, ALeftoverWithADirectoryInItStays) {
+  fs::create_directories(folder + "/.new-1-1/inner");
+  OpenedKey writer;
+  EXPECT_EQ(errorSuccess, writer.Create(CurrentUser(), path.c_str()));
+  EXPECT_TRUE(fs::exists(folder + "/.new-1-1/inner"));
+  EXPECT_EQ(Strings{}, KeyNames(key));
 }
 
 }  // namespace

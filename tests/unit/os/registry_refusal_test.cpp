@@ -12,6 +12,7 @@
 #include <string>
 #include <utility>
 
+#include "os/posix/registry_name.h"
 #include "unit/os/interrupted_write.h"
 
 namespace os {
@@ -133,10 +134,11 @@ TEST_F(RefusedCall, ToRenameWithoutReplacingIsDoneWithout) {
 }
 
 TEST_F(RefusedCall, WithoutReplacingFindsWhatIsNoKey) {
-  std::ofstream(store + "/HKEY_CURRENT_USER/inner") << "no key";
-  const auto create = [] {
+  const std::string longName(250, 'l');
+  std::filesystem::create_directory(store + "/HKEY_CURRENT_USER/" + posix::FileNameOfKey(longName).text);
+  const auto create = [&] {
     OpenedKey made;
-    return made.Create(CurrentUser(), "Inner");
+    return made.Create(CurrentUser(), longName.c_str());
   };
   const TracedRun run = RunTraced(create, {0, 1, EINVAL, {SYS_renameat2}, store});
   KEST_TRACED_OR_SKIP(run);

@@ -94,6 +94,7 @@ class Tracer {
     TracedCall seen{static_cast<long>(call.entry.nr), {}, FileOf(child, call.entry.args[0])};
     std::copy_n(call.entry.args, 6, seen.arguments);
     run.calls.push_back(seen);
+    if (meddling.before) meddling.before(seen);
     const auto& list = meddling.fallible;
     if (std::find(list.begin(), list.end(), seen.number) == list.end()) return;
     if (seen.file.substr(0, meddling.place.size()) != meddling.place) return;

@@ -24,6 +24,8 @@ struct Meddling {
   std::vector<long> fallible;
   std::string place;
   bool isLasting = false;  // those behind `failCall` fail as well
+  // What others do in front of a call, while the child stands still.
+  std::function<void(const TracedCall&)> before = {};
 };
 
 struct TracedRun {
