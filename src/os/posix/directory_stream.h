@@ -4,6 +4,8 @@
 #include <dirent.h>
 #include <fcntl.h>
 
+#include <cerrno>
+
 #include "os/posix/descriptor.h"
 
 namespace os::posix {
@@ -24,8 +26,9 @@ class DirectoryStream {
   }
 
   bool IsOpen() const { return stream != nullptr; }
-  // Null at the end. The name lives until the next call.
+  // Null at the end, with `errno` 0, and on failure. The name lives until the next call.
   const char* Next() {
+    errno = 0;
     const dirent* entry = readdir(stream);
     return entry != nullptr ? entry->d_name : nullptr;
   }

@@ -47,6 +47,11 @@ std::int32_t Listing::Take(int directory, bool ofValues) {
       return error;
     }
   }
+  if (errno != 0) {
+    const std::int32_t error = ReadingError(errno);
+    Clear();
+    return error;
+  }
   return Sort();
 }
 

@@ -90,7 +90,9 @@ std::int32_t RecordFile::Read(int directory, const char* name) {
 
   // The header says how long the file is. That must be true before a block of that size is made.
   char header[headerSize];
-  if (ReadAll(file.Number(), header, sizeof header) != static_cast<ssize_t>(sizeof header)) return errorFileNotFound;
+  ssize_t got = ReadAll(file.Number(), header, sizeof header);
+  if (got < 0) return ReadingError(errno);
+  if (got != static_cast<ssize_t>(sizeof header)) return errorFileNotFound;
   const std::string_view head(header, sizeof header);
   if (head.substr(0, magic.size()) != magic) return errorFileNotFound;
   const std::size_t nameSize = NumberAt(head, 12, 4), dataSize = NumberAt(head, 16, 4);
@@ -100,7 +102,9 @@ std::int32_t RecordFile::Read(int directory, const char* name) {
 
   block = static_cast<char*>(std::malloc(size));
   if (block == nullptr) return errorNotEnoughMemory;
-  if (ReadAll(file.Number(), block, size) != static_cast<ssize_t>(size)) return errorFileNotFound;
+  got = ReadAll(file.Number(), block, size);
+  if (got < 0) return ReadingError(errno);
+  if (got != static_cast<ssize_t>(size)) return errorFileNotFound;
   record.type = static_cast<std::uint32_t>(NumberAt(head, 8, 4));
   record.name = {block, nameSize};
   record.data = {block + nameSize, dataSize};

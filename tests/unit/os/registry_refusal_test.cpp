@@ -34,6 +34,7 @@ TEST_F(RefusedCall, LeavesTheOldValueOrTheNewOne) {
       ASSERT_NE(IsOld(), IsNew()) << "call " << meddling.failCall << " error " << error;
       if (run.result == errorSuccess) {
         EXPECT_TRUE(IsNew()) << "call " << meddling.failCall << " error " << error;
+        EXPECT_NE(SYS_fsync, run.refused) << "error " << error;
       } else {
         ++failures;
         // Only the flush of the key comes when the new value stands already.
@@ -42,7 +43,7 @@ TEST_F(RefusedCall, LeavesTheOldValueOrTheNewOne) {
         EXPECT_EQ(isDenied ? errorAccessDenied : isLack ? errorNotEnoughMemory : errorWriteFault, run.result);
       }
       ExpectTheRestIntact();
-      ExpectNothingUnfinished(run);
+      EXPECT_EQ(0u, Unfinished());
       Prepare();
     }
   }
@@ -67,10 +68,11 @@ TEST_F(RefusedCall, LeavesTheNewKeyOrNone) {
       OpenedKey found;
       const std::int32_t opened = found.Open(key, name.c_str());
       EXPECT_TRUE(opened == errorSuccess || run.result != errorSuccess) << "call " << meddling.failCall;
+      EXPECT_TRUE(run.refused != SYS_fsync || run.result != errorSuccess) << "call " << meddling.failCall;
       EXPECT_TRUE(opened == errorSuccess || opened == errorFileNotFound);
       EXPECT_TRUE(error != EACCES || run.result == errorSuccess || run.result == errorAccessDenied) << run.result;
       EXPECT_TRUE(error != EMFILE || run.result == errorSuccess || run.result == errorNotEnoughMemory) << run.result;
-      ExpectNothingUnfinished(run);
+      EXPECT_EQ(0u, Unfinished());
       EXPECT_EQ(errorSuccess, create());
     }
   }
@@ -107,11 +109,60 @@ TEST_F(RefusedCall, LeavesAStoreThatCanBeMade) {
       failures += run.result != errorSuccess;
       OpenedKey found;
       EXPECT_TRUE(run.result != errorSuccess || found.Open(CurrentUser(), "key") == errorSuccess);
+      EXPECT_TRUE(run.refused != SYS_fsync || run.result != errorSuccess) << "call " << meddling.failCall;
       EXPECT_EQ(errorSuccess, create());
     }
   }
   std::printf("%d runs, of which %d made no store\n", made, failures);
   EXPECT_GT(failures, 20);
+}
+
+// What the old record holds is not guessed: the first spelling would be lost.
+TEST_F(RefusedCall, OfAHandleKeepsTheFirstSpelling) {
+  for (const int error : {EMFILE, ENFILE, ENOMEM}) {
+    bool isReached = true;
+    for (Meddling meddling{0, 1, error, {SYS_openat, SYS_read}, store}; isReached; ++meddling.failCall) {
+      const TracedRun run = RunTraced([&] { return Replace(); }, meddling);
+      KEST_TRACED_OR_SKIP(run);
+      isReached = run.refused >= 0;
+      EXPECT_EQ(isReached ? errorNotEnoughMemory : errorSuccess, run.result) << "call " << meddling.failCall;
+      EXPECT_TRUE(IsSpelledAsAtFirst()) << "call " << meddling.failCall << " error " << error;
+    }
+  }
+}
+
+// Whoever goes on without end is stopped.
+constexpr unsigned patience = 20;  // seconds
+
+TEST_F(RefusedCall, ToLookAtWhatIsBeingMadeEndsInAFailure) {
+  const auto create = [&] {
+    OpenedKey child;
+    return child.Create(key, "New Key");
+  };
+  for (const std::function<int()>& work : {std::function<int()>([&] { return Replace(); }), {create}}) {
+    const auto patient = [&] {
+      alarm(patience);
+      return work();
+    };
+    const TracedRun run = RunTraced(patient, {0, 1, EIO, {SYS_newfstatat}, store, true});
+    KEST_TRACED_OR_SKIP(run);
+    EXPECT_EQ(errorWriteFault, run.result);
+    EXPECT_EQ(0u, Unfinished());
+    EXPECT_TRUE(IsOld());
+    EXPECT_EQ(Strings{}, KeyNames(key));
+  }
+}
+
+TEST_F(RefusedCall, ToMakeAnyNameEndsInAFailure) {
+  OpenedKey child;
+  const auto create = [&] {
+    alarm(patience);
+    return child.Create(key, "New Key");
+  };
+  const TracedRun run = RunTraced(create, {0, 1, EEXIST, {SYS_mkdirat}, store, true});
+  KEST_TRACED_OR_SKIP(run);
+  EXPECT_EQ(errorWriteFault, run.result);
+  EXPECT_EQ(Strings{}, KeyNames(key));
 }
 
 TEST_F(RefusedCall, ToRenameWithoutReplacingIsDoneWithout) {
@@ -199,7 +250,7 @@ TEST_F(RefusedCall, DoesNotShortenAWalk) {
   for (const auto enumerate : {&System::RegEnumKeyExA, &System::RegEnumValueA}) {
     const char* const first = enumerate == &System::RegEnumKeyExA ? "Key" : "other";
     bool isReached = true;
-    for (Meddling meddling{0, 1, EMFILE, {SYS_openat}, store}; isReached; ++meddling.failCall) {
+    for (Meddling meddling{0, 1, EMFILE, {SYS_openat, SYS_getdents64}, store}; isReached; ++meddling.failCall) {
       const auto walk = [&] {
         char name[16] = "";
         std::uint32_t characters = sizeof name;
@@ -255,6 +306,15 @@ TEST_F(RefusedCall, OfMemoryIsNoMissingValue) {
   EXPECT_EQ(errorNotEnoughMemory, RunInNarrowMemory([&] { return Set(key, "value", typeBinary, "x"); }));
   EXPECT_EQ(errorNotEnoughMemory, RunInNarrowMemory([&] { return Native().RegEnumValueA(key, 0, name, &characters); }));
   EXPECT_EQ(2 * narrow, Get(key, "value").data.size());
+
+  // A key whose name cannot be read is not shown under another one.
+  OpenedKey subkey;
+  ASSERT_EQ(errorSuccess, subkey.Create(key, "Key"));
+  ASSERT_EQ(errorSuccess, Set(key, "KEY", typeBinary, std::string(2 * narrow, 'x')));
+  const std::string folder = store + "/HKEY_CURRENT_USER/software/veltrix/kest test " + std::to_string(getpid());
+  std::filesystem::rename(folder + "/=key", folder + "/key/.name");
+  EXPECT_EQ(Strings{"KEY"}, KeyNames(key));
+  EXPECT_EQ(errorNotEnoughMemory, RunInNarrowMemory([&] { return Native().RegEnumKeyExA(key, 0, name, &characters); }));
 }
 
 }  // namespace
