@@ -1,12 +1,19 @@
 // The commands of the program. Each throws std::runtime_error with words for its user, who sees them on stderr.
 #pragma once
 
+#include <stdexcept>
 #include <string>
 
 #include "commerce_server.h"
 #include "http_server.h"
 
 namespace sandbox {
+
+/// Tells that an option has a value that it can never have.
+class UsageError : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
 
 struct InitOptions {
   std::string folder;
@@ -26,7 +33,8 @@ struct ServeOptions {
   bool verbose = false;
 };
 
-/// Serves the folder, having told of its readiness in one line of JSON on stdout, until SIGTERM or SIGINT.
+/// Serves the folder, having told of its readiness in one line of JSON on stdout, until SIGTERM or SIGINT. Throws
+/// UsageError when an address is no numeric address with a port.
 void Serve(const ServeOptions& options);
 
 }  // namespace sandbox

@@ -4,8 +4,6 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <fstream>
-#include <iterator>
 #include <stdexcept>
 #include <system_error>
 
@@ -14,6 +12,17 @@ namespace {
 
 [[noreturn]] void Fail(const std::string& what, const std::string& path, int reason) {
   throw std::runtime_error(what + " " + path + ": " + std::generic_category().message(reason));
+}
+
+bool ReadAll(int file, std::string& text) {
+  char piece[4096];
+  for (;;) {
+    const ssize_t count = ::read(file, piece, sizeof piece);
+    if (count == 0) return true;
+    if (count < 0 && errno == EINTR) continue;
+    if (count < 0) return false;
+    text.append(piece, static_cast<std::size_t>(count));
+  }
 }
 
 bool WriteAll(int file, const std::string& text) {
@@ -30,10 +39,13 @@ bool WriteAll(int file, const std::string& text) {
 }  // namespace
 
 std::string ReadFile(const std::string& path) {
-  errno = 0;
-  std::ifstream file(path, std::ios::binary);
-  std::string text{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
-  if (!file.is_open() || file.bad() || errno == EISDIR) Fail("cannot read", path, errno ? errno : EIO);
+  const int file = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+  if (file < 0) Fail("cannot read", path, errno);
+  std::string text;
+  const bool whole = ReadAll(file, text);
+  const int reason = errno;
+  ::close(file);
+  if (!whole) Fail("cannot read", path, reason);
   return text;
 }
 

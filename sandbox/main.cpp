@@ -1,5 +1,6 @@
 // kest-sandbox: the commerce server that applications are developed and tested against.
 #include <CLI/CLI.hpp>
+#include <cmath>
 #include <exception>
 #include <iostream>
 
@@ -64,6 +65,8 @@ int Run(int argc, char** argv) {
   DescribeServe(*serve, serveOptions, numbers);
   try {
     app.parse(argc, argv);
+    // Which is neither below the range nor above it.
+    if (std::isnan(numbers.clientSeconds)) throw CLI::ValidationError("--client-seconds", "must be a number");
   } catch (const CLI::ParseError& error) {
     return app.exit(error) == 0 ? exitDone : exitUsage;
   }
@@ -83,6 +86,9 @@ int Run(int argc, char** argv) {
 int main(int argc, char** argv) {
   try {
     return Run(argc, argv);
+  } catch (const sandbox::UsageError& error) {
+    std::cerr << "kest-sandbox: " << error.what() << "\n";
+    return exitUsage;
   } catch (const std::exception& error) {
     std::cerr << "kest-sandbox: " << error.what() << "\n";
     return exitFailed;

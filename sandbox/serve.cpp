@@ -1,6 +1,7 @@
 #include <spdlog/sinks/stdout_sinks.h>
 #include <spdlog/spdlog.h>
 
+#include <boost/asio/ip/address.hpp>
 #include <csignal>
 #include <filesystem>
 #include <iostream>
@@ -59,7 +60,7 @@ Catalogue LoadCatalogue(const std::filesystem::path& folder) {
 
 struct ListenAddress {
   std::string host;
-  std::uint16_t port;
+  std::uint16_t port = 0;
 };
 
 ListenAddress ParseAddress(const char* option, const std::string& text) {
@@ -68,9 +69,11 @@ ListenAddress ParseAddress(const char* option, const std::string& text) {
   const std::string port = colon == std::string::npos ? "" : text.substr(colon + 1);
   if (host.size() > 2 && host.front() == '[' && host.back() == ']') host = host.substr(1, host.size() - 2);
   const bool digits = !port.empty() && port.size() <= 5 && port.find_first_not_of("0123456789") == std::string::npos;
-  if (host.empty() || !digits || std::stoul(port) > 65535) {
-    throw std::runtime_error(std::string(option) +
-                             " needs a numeric address and a port, such as 127.0.0.1:0 or [::1]:8080");
+  boost::system::error_code error;
+  boost::asio::ip::make_address(host, error);
+  if (error || !digits || std::stoul(port) > 65535) {
+    throw UsageError(std::string(option) +
+                     " needs a numeric address and a port, such as 127.0.0.1:0 or [::1]:8080");
   }
   return {host, static_cast<std::uint16_t>(std::stoul(port))};
 }
@@ -112,7 +115,9 @@ void Serve(const ServeOptions& options) {
   std::signal(SIGPIPE, SIG_IGN);
   std::signal(SIGXFSZ, SIG_IGN);  // a file at its size limit is a sale that fails, not the server's end
   const std::filesystem::path folder = options.folder;
+  const bool hasAdmin = !options.admin.empty();
   const ListenAddress listen = ParseAddress("--listen", options.listen);
+  const ListenAddress admin = hasAdmin ? ParseAddress("--admin", options.admin) : ListenAddress();
   FaultTable faults;
   faults.Append(LoadFaults(options.faults));
   const KeyPair keyPair = LoadKeyPair(folder);
@@ -123,17 +128,13 @@ void Serve(const ServeOptions& options) {
   const Operations operations(catalogue, ledger);
   CommerceServer commerceServer(keyPair, operations, options.sessions, Environment::OfMachine());
 
-  const bool hasAdmin = !options.admin.empty();
   RequestLog requests;
   AdminRoutes routes({faults, requests, commerceServer, ledger});
   HttpServer server(commerceServer, options.http, MakeLog(options.verbose), &faults, hasAdmin ? &requests : nullptr);
   server.StopOnSignals();
   server.Listen(listen.host, listen.port);
   std::optional<std::uint16_t> adminPort;
-  if (hasAdmin) {
-    const ListenAddress admin = ParseAddress("--admin", options.admin);
-    adminPort = server.ListenAdmin(routes, admin.host, admin.port);
-  }
+  if (hasAdmin) adminPort = server.ListenAdmin(routes, admin.host, admin.port);
   PrintReady(server, publicText, adminPort);
   server.Run();
 }

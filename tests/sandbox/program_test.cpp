@@ -117,6 +117,13 @@ TEST_F(Program, WrongUsageExitsWith2) {
   EXPECT_THAT(WordsOfFailure({"serve", shop, "--nonsense"}, 2), HasSubstr("--nonsense"));
 }
 
+TEST_F(Program, NumberThatIsNoneIsWrongUsage) {
+  for (const char* seconds : {"nan", "-nan", "inf", "-1", "0", "3601", "x"}) {
+    EXPECT_THAT(WordsOfFailure({"serve", shop, std::string("--client-seconds=") + seconds}, 2),
+                HasSubstr("--client-seconds"));
+  }
+}
+
 TEST_F(Program, HelpExitsWith0) {
   Process help({"serve", "--help"});
   EXPECT_EQ(help.Wait(), 0);
@@ -285,10 +292,11 @@ TEST_F(Serving, AddressThatIsTakenIsToldInWords) {
 }
 
 TEST_F(Serving, AddressInAnotherFormIsToldInWords) {
-  for (const char* address : {"8080", "127.0.0.1", "127.0.0.1:", ":80", "127.0.0.1:65536", "127.0.0.1:x"}) {
-    EXPECT_THAT(WordsOfFailure({"serve", shop, "--listen", address}, 1), HasSubstr("--listen needs a numeric address"));
+  for (const char* address : {"x", "8080", "127.0.0.1", "127.0.0.1:", ":80", "127.0.0.1:65536", "127.0.0.1:x",
+                              "localhost:0", "[127.0.0.1:0"}) {
+    EXPECT_THAT(WordsOfFailure({"serve", shop, "--listen", address}, 2), HasSubstr("--listen needs a numeric address"));
+    EXPECT_THAT(WordsOfFailure({"serve", shop, "--admin", address}, 2), HasSubstr("--admin needs a numeric address"));
   }
-  EXPECT_THAT(WordsOfFailure({"serve", shop, "--listen", "localhost:0"}, 1), HasSubstr("cannot listen on address"));
 }
 
 TEST_F(Serving, AdminPortIsToldInTheReadyLine) {
@@ -308,8 +316,6 @@ TEST_F(Serving, AdminPortIsToldInTheReadyLine) {
 
 TEST_F(Serving, AdminPortListensOnLoopbackAddressesAlone) {
   EXPECT_THAT(WordsOfFailure({"serve", shop, "--admin", "0.0.0.0:0"}, 1), HasSubstr("0.0.0.0 is none"));
-  EXPECT_THAT(WordsOfFailure({"serve", shop, "--admin", "8080"}, 1), HasSubstr("--admin needs a numeric address"));
-  EXPECT_THAT(WordsOfFailure({"serve", shop, "--admin", "localhost:0"}, 1), HasSubstr("cannot listen on address"));
 }
 
 TEST_F(Serving, FaultsOfAFileAreAppliedFromTheStart) {
@@ -328,6 +334,23 @@ TEST_F(Serving, FaultsThatCannotBeReadAreToldWithFileAndPlace) {
   WriteFile(file, R"({"faults": [{"kind": "close"}]})");
   EXPECT_THAT(WordsOfFailure({"serve", shop, "--faults", file}, 1),
               HasSubstr(file + ": faults[0]: \"bytes\" is missing"));
+}
+
+TEST_F(Serving, FolderInPlaceOfAFileIsToldInWords) {
+  EXPECT_THAT(WordsOfFailure({"serve", shop, "--faults", shop}, 1),
+              HasSubstr("cannot read " + shop + ": Is a directory"));
+  for (const char* name : {"/catalogue.json", "/public.key", "/private.key"}) {
+    std::filesystem::remove(shop + name);
+    std::filesystem::create_directory(shop + name);
+    EXPECT_THAT(WordsOfFailure({"serve", shop}, 1), HasSubstr("cannot read " + shop + name + ": Is a directory"));
+  }
+}
+
+TEST_F(Program, FileOfManyPiecesIsReadWhole) {
+  WriteFile(folder / "file", std::string(4096, 'a') + std::string(10000, 'b') + "c");
+  EXPECT_EQ(sandbox::ReadFile(folder / "file"), FileText(folder / "file"));
+  WriteFile(folder / "file", "");
+  EXPECT_EQ(sandbox::ReadFile(folder / "file"), "");
 }
 
 TEST_F(Serving, CatalogueFaultIsToldWithFileAndPlace) {
