@@ -1,13 +1,13 @@
 #include "masking.h"
 
 #include <algorithm>
-#include <vector>
 
 namespace sandbox {
 namespace {
 
 constexpr std::size_t shortest = 12;  // digits of a card number
 constexpr std::size_t longest = 19;
+constexpr std::size_t longestInGroups = 16;  // of those that are written in groups
 constexpr std::size_t shownBefore = 2;
 constexpr std::size_t shownBehind = 4;
 
@@ -16,46 +16,42 @@ bool IsDigit(char c) {
 }
 
 bool IsSeparator(char c) {
-  return c == ' ' || c == '-';
+  return c == ' ' || c == '-' || c == '.';
 }
 
-// Digits that stand together: their places in the text, and which of them begin or end a group.
+// Digits that stand together, with nothing but separators between them.
 struct Run {
-  std::vector<std::size_t> places;
-  std::size_t end = 0;  // behind the run
-
-  bool Begins(std::size_t i) const { return i == 0 || places[i] != places[i - 1] + 1; }
-  bool Ends(std::size_t i) const { return i + 1 == places.size() || places[i] + 1 != places[i + 1]; }
+  std::size_t end;         // behind the last digit
+  std::size_t digits = 0;  // all of them
+  std::size_t last = 0;    // those of the last group
 };
 
-Run ReadRun(std::string_view text, std::size_t at) {
-  Run run;
-  for (; at < text.size() && (IsDigit(text[at]) || IsSeparator(text[at])); at++) {
-    if (IsDigit(text[at])) run.places.push_back(at);
+Run ReadRun(std::string_view text, std::size_t begin) {
+  Run run{begin};
+  for (std::size_t at = begin; at < text.size() && (IsDigit(text[at]) || IsSeparator(text[at])); at++) {
+    if (!IsDigit(text[at])) continue;
+    run.last = run.end == at ? run.last + 1 : 1;
+    run.digits++;
+    run.end = at + 1;
   }
-  run.end = at;
   return run;
 }
 
-bool PassesLuhn(std::string_view text, const Run& run, std::size_t first, std::size_t count) {
-  int sum = 0;
-  for (std::size_t i = 0; i < count; i++) {
-    const int digit = text[run.places[first + count - 1 - i]] - '0';
-    const int doubled = digit * 2;
-    sum += i % 2 == 0 ? digit : doubled / 10 + doubled % 10;
-  }
-  return sum % 10 == 0;
+// The last digits of a longer run, and those of a short group, may be the code or the date behind a card number.
+std::size_t ShownBehind(const Run& run) {
+  const bool oneGroup = run.last == run.digits;
+  const bool cardAlone = oneGroup ? run.digits <= longest : run.digits <= longestInGroups && run.last >= shownBehind;
+  return cardAlone ? shownBehind : 0;
 }
 
-// A card number may stand beside other groups of digits, such as its date of expiry, so each row of whole groups is
-// looked at.
-void MaskRun(std::string_view text, const Run& run, std::string& shown) {
-  for (std::size_t first = 0; first + shortest <= run.places.size(); first++) {
-    if (!run.Begins(first)) continue;
-    for (std::size_t count = shortest; count <= longest && first + count <= run.places.size(); count++) {
-      if (!run.Ends(first + count - 1) || !PassesLuhn(text, run, first, count)) continue;
-      for (std::size_t i = shownBefore; i < count - shownBehind; i++) shown[run.places[first + i]] = '*';
-    }
+void MaskRun(std::string& text, std::size_t begin, const Run& run) {
+  if (run.digits < shortest) return;
+  const std::size_t behind = run.digits - ShownBehind(run);
+  std::size_t digit = 0;
+  for (std::size_t at = begin; at < run.end; at++) {
+    if (!IsDigit(text[at])) continue;
+    if (digit >= shownBefore && digit < behind) text[at] = '*';
+    digit++;
   }
 }
 
@@ -82,7 +78,7 @@ std::string ShownText(std::string_view text) {
   for (std::size_t at = 0; at < text.size(); at++) {
     if (!IsDigit(text[at])) continue;
     const Run run = ReadRun(text, at);
-    MaskRun(text, run, shown);
+    MaskRun(shown, at, run);
     at = run.end - 1;
   }
   return shown;

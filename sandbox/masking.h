@@ -9,9 +9,10 @@
 
 namespace sandbox {
 
-/// Returns the text with each card number in it masked: its first two and its last four digits stay, the others become
-/// "*". A card number is 12 to 19 digits with spaces or dashes between them that pass the check of Luhn (ISO/IEC 7812-1
-/// annex B); groups beside them that make no card number do not hide one.
+/// Returns the text with each run of 12 digits or more masked, whether they pass for the number of a card or not: a card
+/// number with a typing error is one digit away from a right one. Spaces, dashes and dots between the digits belong to
+/// the run. Its first two digits stay, and its last four when nothing stands behind a card number in it: when it is one
+/// group of 19 digits at most, or several of 16 at most with a last one of at least four. The others become "*".
 std::string ShownText(std::string_view text);
 
 /// Returns the field with card numbers in name and value masked, the value of a field "KEST-Auth-..." replaced, and

@@ -21,24 +21,37 @@ TEST(Masking, CardNumberInGroupsKeepsItsSeparators) {
   EXPECT_EQ(ShownText("4111 - 1111 - 1111 - 1111"), "41** - **** - **** - 1111");
 }
 
-TEST(Masking, CardNumberBesideOtherGroupsIsFound) {
-  EXPECT_EQ(ShownText("4111111111111111 12 2027"), "41**********1111 12 2027");
-  EXPECT_EQ(ShownText("7 4111 1111 1111 1111 123"), "7 41** **** **** 1111 123");
+// What stands behind a card number may be its code or its date of expiry.
+TEST(Masking, CardNumberBesideOtherGroupsIsMaskedToItsEnd) {
+  EXPECT_EQ(ShownText("4111111111111111 12 2027"), "41************** ** ****");
+  EXPECT_EQ(ShownText("7 4111 1111 1111 1111 123"), "7 4*** **** **** **** ***");
+  EXPECT_EQ(ShownText("6304000000000000000 123"), "63***************** ***");
+  EXPECT_EQ(ShownText("378282246310005 1234"), "37************* ****");
+  EXPECT_EQ(ShownText("4222222222222-123"), "42***********-***");
+}
+
+TEST(Masking, NumberWithAWrongCheckDigitIsMasked) {
+  EXPECT_EQ(ShownText("4242424242424241"), "42**********4241");
+  EXPECT_EQ(ShownText("4111 1111 1111 1112"), "41** **** **** 1112");
+}
+
+TEST(Masking, DotsBelongToACardNumber) {
+  EXPECT_EQ(ShownText("4111.1111.1111.1111"), "41**.****.****.1111");
+  EXPECT_EQ(ShownText("Pay 4111111111111111."), "Pay 41**********1111.");
 }
 
 TEST(Masking, DigitsThatAreNoCardNumberStay) {
-  EXPECT_EQ(ShownText("4111111111111112"), "4111111111111112");
-  EXPECT_EQ(ShownText("41111111112"), "41111111112");
-  EXPECT_EQ(ShownText("4111,1111,1111,1111"), "4111,1111,1111,1111");
-  EXPECT_EQ(ShownText(""), "");
-  EXPECT_EQ(ShownText("1042^Name:a"), "1042^Name:a");
+  for (const char* text : {"41111111112", "4111,1111,1111,1111", "", "SKU:4294967295^Name:a^Quantity:65535",
+                           "999999999.99", "2026-01-05T10:11:12", "127.0.0.1:40123"}) {
+    EXPECT_EQ(ShownText(text), text);
+  }
 }
 
-TEST(Masking, ShortestIs12DigitsAndLongest19) {
+TEST(Masking, ShortestIs12DigitsAndTheLastFourStayUpTo19) {
   EXPECT_EQ(ShownText("10000000009"), "10000000009");
-  EXPECT_EQ(ShownText("100000000008"), "10******0008");
+  EXPECT_EQ(ShownText("100000000009"), "10******0009");
   EXPECT_EQ(ShownText("1000000000000000009"), "10*************0009");
-  EXPECT_EQ(ShownText("10000000000000000008"), "10000000000000000008");
+  EXPECT_EQ(ShownText("10000000000000000008"), "10******************");
 }
 
 TEST(Masking, FieldOfACardIsMaskedWhateverItHolds) {
@@ -57,6 +70,7 @@ TEST(Masking, SealingFieldsAreNotShown) {
 }
 
 TEST(Masking, CardNumberInANameIsMasked) {
+  EXPECT_EQ(ShownField({"4111111111111112", "a"}).name, "41**********1112");
   EXPECT_EQ(ShownField({"4111111111111111", "a"}).name, "41**********1111");
 }
 
