@@ -7,6 +7,7 @@
 #include <nlohmann/json.hpp>
 
 #include "fields.h"
+#include "masking.h"
 
 namespace sandbox {
 namespace {
@@ -26,11 +27,18 @@ std::string JsonText(const Json& json) {
   return json.dump(-1, ' ', false, Json::error_handler_t::replace) + "\n";
 }
 
+bool IsPort(std::string_view digits) {
+  std::uint16_t number = 0;
+  const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), number);
+  return error == std::errc() && end == digits.data() + digits.size();
+}
+
 // A page of another site can be given any name that leads to this address, so the name that was called must be one of
 // the machine itself.
 bool IsLoopback(std::string_view host) {
   const bool bracketed = !host.empty() && host.front() == '[';
   const std::size_t colon = bracketed ? host.find(':', host.find(']')) : host.find(':');
+  if (colon != std::string_view::npos && !IsPort(host.substr(colon + 1))) return false;
   host = host.substr(0, colon);
   if (EqualIgnoringCase(host, "localhost")) return true;
   if (bracketed && host.size() > 2 && host.back() == ']') host = host.substr(1, host.size() - 2);
@@ -40,6 +48,7 @@ bool IsLoopback(std::string_view host) {
 }
 
 void CheckSite(const AdminRequest& request) {
+  if (request.repeats) throw AdminRefused(400, "Host, Origin and Content-Type may stand once each");
   if (!IsLoopback(request.host)) throw AdminRefused(403, "Host must be a loopback address or localhost");
   if (!request.origin.empty() && request.origin != "http://" + request.host) {
     throw AdminRefused(403, "the request comes from the page of another site");
@@ -69,8 +78,18 @@ std::uint64_t ReadSince(std::string_view query) {
   return number;
 }
 
+// A fault may hold whatever its sender put there, as a request may.
+Json ShownJson(const Json& json) {
+  if (json.is_string()) return ShownText(json.get<std::string>());
+  if (!json.is_structured()) return json;
+  Json shown = json;
+  for (Json& inner : shown) inner = ShownJson(inner);
+  return shown;
+}
+
 Json FaultJson(const Fault& fault) {
-  Json json = Json::parse(fault.asked);
+  Json json = ShownJson(Json::parse(fault.asked));
+  if (fault.kind == FaultKind::Field && fault.value) json["value"] = ShownField({fault.name, *fault.value}).value;
   fault.left ? json["left"] = *fault.left : json["left"] = "always";
   return json;
 }

@@ -24,6 +24,7 @@ struct AdminSources {
 struct AdminRequest {
   std::string method;
   std::string target;
+  bool repeats;      // one of the three fields below stands more than once
   std::string host;  // the values of these header fields; empty when absent
   std::string origin;
   std::string contentType;

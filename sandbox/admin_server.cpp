@@ -23,8 +23,8 @@ using Error = boost::system::error_code;
 
 namespace {
 
-constexpr std::uint32_t longestHead = 16 * 1024;    // bytes
-constexpr std::uint64_t longestBody = 1024 * 1024;  // bytes
+constexpr std::uint32_t longestHead = 16 * 1024;  // bytes
+constexpr std::uint64_t longestBody = 64 * 1024;  // bytes
 constexpr std::chrono::seconds clientTime{30};
 // How long it reads on after its reply. A socket closed while unread bytes wait is reset, and a reset can overtake a
 // reply that the client has not read yet.
@@ -51,7 +51,7 @@ class AdminConnection : public std::enable_shared_from_this<AdminConnection> {
  private:
   void OnRequest(Error error) {
     if (!error) return Send(routes.Answer(Request()));
-    if (error == http::error::body_limit) return Send(AdminError(413, "the body is larger than 1 MB"));
+    if (error == http::error::body_limit) return Send(AdminError(413, "the body is larger than 64 KB"));
     if (error == http::error::header_limit) return Send(AdminError(431, "the head is larger than 16 KB"));
     const bool malformed = error.category() == make_error_code(http::error::bad_field).category() &&
                            error != http::error::end_of_stream && error != http::error::partial_message;
@@ -61,8 +61,13 @@ class AdminConnection : public std::enable_shared_from_this<AdminConnection> {
   AdminRequest Request() {
     const auto& message = parser.get();
     const auto text = [](auto view) { return std::string(view.data(), view.size()); };
+    bool repeats = false;
+    for (const auto field : {http::field::host, http::field::origin, http::field::content_type}) {
+      repeats = repeats || message.count(field) > 1;
+    }
     return {text(message.method_string()),
             text(message.target()),
+            repeats,
             text(message[http::field::host]),
             text(message[http::field::origin]),
             text(message[http::field::content_type]),

@@ -2,6 +2,8 @@
 #include <set>
 
 #include "fault.h"
+#include "json_keys.h"
+#include "operations.h"
 
 namespace sandbox {
 namespace {
@@ -92,6 +94,12 @@ FaultPlace ReadPlace(ObjectReader& object) {
   Fail(object.At("at"), "must be \"handshake\" or \"request\"");
 }
 
+std::string ReadService(ObjectReader& object) {
+  const std::optional<std::string> name = object.OptionalText("service");
+  if (!name || Operations::Offers(*name)) return name.value_or("");
+  Fail(object.At("service"), "there is no service " + Quoted(*name) + "; the server offers " + Operations::Names());
+}
+
 void ReadStatus(ObjectReader& object, Fault& fault) {
   fault.status = static_cast<int>(object.Number("code", 100, 999));
   fault.location = object.OptionalText("location");
@@ -164,7 +172,7 @@ Fault ReadFault(const Json& json, const std::string& place) {
   Fault fault;
   fault.kind = ReadKind(object);
   fault.at = ReadPlace(object);
-  fault.service = object.OptionalText("service").value_or("");
+  fault.service = ReadService(object);
   ReadParameters(object, fault);
   fault.left = ReadTimes(object, fault);
   object.RefuseOthers();
@@ -185,6 +193,7 @@ Json Parse(const std::string& text) {
 }  // namespace
 
 std::vector<Fault> ReadFaults(const std::string& text) {
+  CheckKeys(text);
   const Json json = Parse(text);
   ObjectReader object(json, "the whole");
   const Json& list = object.Get("faults");

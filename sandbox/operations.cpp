@@ -21,6 +21,12 @@ bool Operations::Offers(std::string_view name) {
   return std::any_of(std::begin(services), std::end(services), [&](const Service& one) { return one.name == name; });
 }
 
+std::string Operations::Names() {
+  std::string names;
+  for (const Service& one : services) names.append(names.empty() ? "" : ", ").append(one.name);
+  return names;
+}
+
 OperationResult Operations::Run(std::string_view name, const FieldList& request) const {
   for (const Service& service : services) {
     if (service.name == name) return RunSafely(service, request);

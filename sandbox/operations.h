@@ -29,6 +29,9 @@ class Operations {
   /// Tells whether there is a service of that name (byte for byte).
   static bool Offers(std::string_view service);
 
+  /// Returns the names of all services, with commas between them.
+  static std::string Names();
+
   /// Runs the service of that name. An unknown service, like every refusal of a service, is an answer with an error
   /// code; so is a failure of the ledger. Throws CommitError when it is unknown whether a sale was recorded: no answer
   /// would be true then.

@@ -102,6 +102,33 @@ TEST_F(Admin, StateShowsTheFaultsThatWaitAndWhatIsLeftOfThem) {
                             {"kind": "bad-base64", "times": "always", "left": "always"}])"));
 }
 
+TEST_F(Admin, StateShowsNoCardNumberOfAFault) {
+  const std::string card = "4111111111111112";
+  admin.Post("/faults", R"({"faults": [{"kind": "field", "name": "Note", "value": ")" + card + R"("},
+      {"kind": "field", "name": ")" + card + R"(", "value": null},
+      {"kind": "field", "name": "CCardCode", "value": "123"},
+      {"kind": "headers", "lines": ["X: )" + card + R"("]},
+      {"kind": "status", "code": 302, "location": ")" + card + R"(", "reason": ")" + card + R"("},
+      {"kind": "content-length", "value": ")" + card + R"("}]})");
+  const Json faults = admin.Get("/state").json["faults"];
+  ASSERT_EQ(faults.size(), 6u);
+  EXPECT_THAT(faults.dump(), Not(HasSubstr(card)));
+  EXPECT_EQ(faults[0]["value"], "41**********1112");
+  EXPECT_EQ(faults[1]["name"], "41**********1112");
+  EXPECT_EQ(faults[1]["value"], nullptr);
+  EXPECT_EQ(faults[2]["value"], "***");
+  EXPECT_EQ(faults[3]["lines"][0], "X: 41**********1112");
+}
+
+TEST_F(Admin, ReplyIsShownAsTheFaultLeftIt) {
+  admin.Post("/faults", R"({"faults": [{"kind": "field", "name": "KEST-Error", "value": "77"},
+                                       {"kind": "field", "name": "KEST-Error", "value": null}]})");
+  ASSERT_TRUE(client.Call("GetProductList", {{"GUID", "only-two"}}).has_value());
+  ASSERT_TRUE(client.Call("GetProductList", {{"GUID", "only-two"}}).has_value());
+  EXPECT_THAT(Requests()[1]["reply"].dump(), HasSubstr(R"(["KEST-Error","77"])"));
+  EXPECT_THAT(Requests()[3]["reply"].dump(), Not(HasSubstr("KEST-Error")));
+}
+
 TEST_F(Admin, FaultsAreAddedBehindThoseThatWait) {
   admin.Post("/faults", R"({"faults": [{"kind": "bad-padding"}]})");
   EXPECT_EQ(admin.Post("/faults", R"({"faults": [{"kind": "bad-base64"}]})").json["faults"], 2);
@@ -231,6 +258,20 @@ TEST_F(Admin, ResetForgetsFaultsRequestsAndSalesAndKeepsSessions) {
   EXPECT_EQ(Requests()[0]["number"], 1);
 }
 
+TEST_F(Admin, ResetThatFailsForgetsNothing) {
+  ASSERT_EQ(Buy("4111111111111111"), "0");
+  admin.Post("/faults", waiting);
+  sandbox::Database(server.SalesFile(), 1000)
+      .Execute("CREATE TRIGGER broken BEFORE DELETE ON sales BEGIN SELECT RAISE(FAIL, 'the disk is full'); END");
+  const AdminAnswer answer = admin.Post("/reset");
+  EXPECT_EQ(answer.status, 500);
+  EXPECT_EQ(answer.json, Json({{"error", "the disk is full"}}));
+  const Json state = admin.Get("/state").json;
+  EXPECT_EQ(state["sales"], 1);
+  EXPECT_EQ(state["requests"], 2);
+  EXPECT_EQ(state["faults"].size(), 3u);
+}
+
 TEST_F(Admin, UnknownPathIs404) {
   for (const char* path : {"/", "/healthy", "/state/", "/Health", "//health"}) {
     const AdminAnswer answer = admin.Get(path);
@@ -271,7 +312,8 @@ TEST_F(Admin, HostMustBeTheMachineItself) {
     EXPECT_EQ(WithLines("GET /health", std::string("Host: ") + host + "\r\n").status, 200) << host;
   }
   for (const char* host : {"example.com", "127.0.0.1.example.com", "localhost.example.com", "10.0.0.1", "0.0.0.0",
-                           "[::2]", "[127.0.0.1]", "[localhost]", "::1", "[::1", "", ":80", "127.1"}) {
+                           "[::2]", "[127.0.0.1]", "[localhost]", "::1", "[::1", "", ":80", "127.1", "127.0.0.1:evil.com",
+                           "localhost:", "localhost:80x", "[::1]:evil.com", "127.0.0.1:65536", "127.0.0.1:-1"}) {
     const AdminAnswer answer = WithLines("GET /health", std::string("Host: ") + host + "\r\n");
     EXPECT_EQ(answer.status, 403) << host;
     EXPECT_TRUE(answer.json.contains("error")) << host;
@@ -287,13 +329,23 @@ TEST_F(Admin, PageOfAnotherSiteIsShutOut) {
   EXPECT_EQ(WithLines("GET /state", "Host: 127.0.0.1:7\r\nOrigin: http://127.0.0.1:7\r\n").status, 200);
 }
 
-TEST_F(Admin, BodyLargerThanAMegabyteIs413) {
-  const std::string large(1024 * 1024 + 1, ' ');
+TEST_F(Admin, FieldThatIsRepeatedIs400) {
+  for (const char* lines : {"Host: localhost\r\nHost: localhost\r\n", "Host: localhost\r\nHost: example.com\r\n",
+                            "Host: localhost\r\nOrigin: http://localhost\r\nOrigin: http://example.com\r\n",
+                            "Host: localhost\r\nContent-Type: application/json\r\nContent-Type: text/plain\r\n"}) {
+    const AdminAnswer answer = WithLines("GET /health", lines);
+    EXPECT_EQ(answer.status, 400) << lines;
+    EXPECT_TRUE(answer.json.contains("error")) << lines;
+  }
+}
+
+TEST_F(Admin, BodyLargerThan64KilobytesIs413) {
+  const std::string large(64 * 1024 + 1, ' ');
   const AdminAnswer answer = admin.Post("/faults", large);
   EXPECT_EQ(answer.status, 413);
-  EXPECT_TRUE(answer.json.contains("error"));
+  EXPECT_EQ(answer.json, Json({{"error", "the body is larger than 64 KB"}}));
   const std::string empty = R"({"faults": []})";
-  EXPECT_EQ(admin.Post("/faults", empty + std::string(1024 * 1024 - empty.size(), ' ')).status, 200);
+  EXPECT_EQ(admin.Post("/faults", empty + std::string(64 * 1024 - empty.size(), ' ')).status, 200);
 }
 
 TEST_F(Admin, WhatIsNotHttpIs400) {
@@ -318,6 +370,17 @@ TEST(RequestLog, HoldsTheLast1000Requests) {
   EXPECT_EQ(log.Requests().front().number, 6u);
   EXPECT_EQ(log.Requests().back().number, 1005u);
   EXPECT_EQ(log.Count(), 1005u);
+}
+
+TEST(RequestLog, CountsFromNothingWhenItIsCleared) {
+  sandbox::RequestLog log;
+  sandbox::RequestRecord refused;
+  refused.refusal = "why";
+  log.Add(refused);
+  EXPECT_EQ(log.Refused(), 1u);
+  log.Clear();
+  EXPECT_EQ(log.Refused(), 0u);
+  EXPECT_EQ(log.Count(), 0u);
 }
 
 TEST(RequestLog, DropsTheOldestWhenTheyAreTooLarge) {

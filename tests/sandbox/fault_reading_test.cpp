@@ -50,14 +50,14 @@ TEST(FaultReading, EveryKindIsFoundByItsName) {
 
 TEST(FaultReading, ParametersOfAKindAreKept) {
   const std::vector<Fault> faults = Read(
-      R"({"kind": "delay", "milliseconds": 600000, "at": "handshake", "service": "S", "times": 1000000000},
+      R"({"kind": "delay", "milliseconds": 600000, "at": "handshake", "service": "GetBill", "times": 1000000000},
          {"kind": "status", "code": 305, "location": "http://a/", "reason": "R", "times": 100},
          {"kind": "field", "name": "N", "value": null}, {"kind": "headers", "lines": ["a", " b\r"], "times": "always"})");
   ASSERT_EQ(faults.size(), 4u);
   EXPECT_EQ(faults[0].kind, FaultKind::Delay);
   EXPECT_EQ(faults[0].delay.count(), 600000);
   EXPECT_EQ(faults[0].at, FaultPlace::Handshake);
-  EXPECT_EQ(faults[0].service, "S");
+  EXPECT_EQ(faults[0].service, "GetBill");
   EXPECT_EQ(faults[0].left, 1000000000u);
   EXPECT_EQ(faults[1].status, 305);
   EXPECT_EQ(faults[1].location, "http://a/");
@@ -97,6 +97,45 @@ TEST(FaultReading, MistakeIsToldWithItsPlace) {
             "faults[0].at: must be \"handshake\" or \"request\"");
   EXPECT_EQ(WordsFor(R"({"kind": "bad-padding", "bytes": 1})"), "faults[0]: the key \"bytes\" has no meaning here");
   EXPECT_EQ(WordsFor(R"({"kind": "bad-padding", "service": 1})"), "faults[0].service: must be a text");
+}
+
+TEST(FaultReading, ServiceThatNoRequestCanHaveIsRefused) {
+  for (const char* service : {"Nope", "/GetBill", "getbill", "GetBil", ""}) {
+    EXPECT_EQ(WordsFor(std::string(R"({"kind": "bad-padding", "service": ")") + service + "\"}"),
+              std::string("faults[0].service: there is no service \"") + service +
+                  "\"; the server offers GetProductList, BillCustomer, GetBill");
+  }
+  for (const char* service : {"GetProductList", "BillCustomer", "GetBill"}) {
+    EXPECT_EQ(Read(std::string(R"({"kind": "bad-padding", "service": ")") + service + "\"}").at(0).service, service);
+  }
+}
+
+std::string ObjectOfKeys(int count) {
+  std::string keys;
+  for (int i = 0; i < count; i++) keys += (i ? ",\"" : "\"") + std::to_string(i) + "\":1";
+  return "{" + keys + "}";
+}
+
+// Before they are parsed, which would take longer than a server can be silent.
+TEST(FaultReading, ObjectOfVeryManyKeysIsRefusedAtOnce) {
+  const std::string words = "an object has more than 32 keys";
+  EXPECT_EQ(WordsFor(ObjectOfKeys(200000)), words);
+  EXPECT_EQ(WordsForText(ObjectOfKeys(33)), words);
+  EXPECT_EQ(WordsFor(R"({"kind": )" + ObjectOfKeys(33) + "}"), words);
+  EXPECT_EQ(WordsForText(ObjectOfKeys(32)), "the whole: \"faults\" is missing");
+}
+
+TEST(FaultReading, KeysAreCountedInEachObjectByItself) {
+  std::string faults = R"({"kind": "bad-padding"})";
+  for (int i = 0; i < 40; i++) faults += R"(, {"kind": "bad-padding"})";
+  EXPECT_EQ(Read(faults).size(), 41u);
+}
+
+TEST(FaultReading, KeyThatStandsTwiceIsRefused) {
+  EXPECT_EQ(WordsFor(R"({"kind": "bad-padding", "times": 1, "times": 2})"),
+            "the key \"times\" stands twice in one object");
+  EXPECT_EQ(WordsForText(R"({"faults": [{"kind": "bad-padding"}], "faults": []})"),
+            "the key \"faults\" stands twice in one object");
 }
 
 TEST(FaultReading, NumberOutsideItsRangeIsRefused) {

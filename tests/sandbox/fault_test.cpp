@@ -2,6 +2,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "fault_table.h"
 #include "sandbox/admin_client.h"
 #include "sandbox/test_client.h"
 #include "sandbox/test_server.h"
@@ -228,6 +229,14 @@ TEST(Fault, DelayLetsTheReplyWait) {
   EXPECT_GE(std::chrono::steady_clock::now() - began, std::chrono::milliseconds(300));
 }
 
+// That time is the client's, and a delay is the server's.
+TEST(Fault, DelayMayBeLongerThanAClientHas) {
+  TestServerOptions options = With(R"({"kind": "delay", "milliseconds": 2300, "at": "handshake"})");
+  options.http.clientTime = std::chrono::seconds(2);
+  TestServer server(options);
+  EXPECT_TRUE(TestClient(server.Port(), server.KeyText()).Handshake());
+}
+
 TEST(Fault, DelaysAreAddedToTheNextFaultThatIsNone) {
   Faults faults(R"({"kind": "delay", "milliseconds": 100, "at": "handshake"},
                    {"kind": "delay", "milliseconds": 150, "at": "handshake"},
@@ -280,6 +289,15 @@ TEST(Fault, OfAServiceLeavesOthersAlone) {
   faults.client.NewSession();
   ASSERT_TRUE(faults.client.Handshake("BillCustomer"));
   EXPECT_EQ(faults.client.Request("BillCustomer").status, 503);
+}
+
+TEST(Fault, OfAServiceIsForItsWholeNameAlone) {
+  sandbox::FaultTable table;
+  table.Append(sandbox::ReadFaults(R"({"faults": [{"kind": "bad-padding", "service": "GetBill"}]})"));
+  for (const char* other : {"", "Get", "GetBil", "GetBillx", "GetBill/", "xGetBill", "getbill"}) {
+    EXPECT_EQ(table.Find(sandbox::FaultPlace::Request, other).Main(), nullptr) << other;
+  }
+  EXPECT_NE(table.Find(sandbox::FaultPlace::Request, "GetBill").Main(), nullptr);
 }
 
 TEST(Fault, IsAppliedOnceUnlessMoreIsAskedFor) {

@@ -41,6 +41,9 @@ class TestServer {
   std::uint16_t AdminPort() const { return adminPort; }
   std::string KeyText() const { return key.PublicText(); }
 
+  /// Returns the path of the database of sales.
+  std::string SalesFile() const { return folder / "sales.db"; }
+
   /// Turns the clock of the sessions on.
   void PassSeconds(int seconds) { elapsed += seconds; }
 
