@@ -1,4 +1,5 @@
 """What kest makes of a library whose server returns everything that it was sent: echo_test.py LIBRARY KEST."""
+import json
 import os
 import pathlib
 import subprocess
@@ -6,7 +7,7 @@ import sys
 import unittest
 
 sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[1] / "road"))
-from kest_host import COMMAND, FileTest, kest  # noqa: E402
+from kest_host import COMMAND, FileTest, kest, kest_json  # noqa: E402
 
 CARD = "4111111111111111"
 LIBRARY = []
@@ -73,6 +74,56 @@ class Echo(FileTest):
             self.assertTrue(words)
             for line in words.splitlines():
                 self.assertTrue(line.startswith("kest: "), words)
+
+    def test_a_servers_error_code_is_read_as_the_library_reads_it(self):
+        # "-1" is 10 * (45 - 48) + 1 and "x" 120 - 48; 4294967297 is 1 modulo 2^32, 4294967295 is -1.
+        for text, code in (("1403", 1403), ("x", 72), ("-1", -29), ("4294967297", 1), ("4294967295", -1), (" 7", -153)):
+            with self.subTest(error=text):
+                exit_code, _, words = self.run_kest("products", "--version-id", f"KEST-Error={text}")
+                self.assertEqual(4, exit_code)
+                self.assertIn(f"error code {code}.", words.replace(". In the sandbox's", ". In"))
+        for text in ("", "0", "000", "4294967296"):
+            exit_code, _, words = self.run_kest("products", "--version-id", f"KEST-Error={text}")
+            self.assertEqual((0, ""), (exit_code, words), text)
+
+    def test_a_servers_own_code_102_is_a_refusal(self):
+        code, out, words = self.run_kest("products", "--version-id", "KEST-Error=102", "--json")
+        self.assertEqual((4, {"code": 102, "meaning": None, "advice": None}), (code, json.loads(out)["error"]))
+        self.assertIn("its error code 102.", words)
+        self.assertNotIn("no valid answer", words)
+
+    def test_of_a_repeated_name_json_has_the_first_field(self):
+        self.assertEqual("1", json.loads(self.buy("--field", "A=1", "--field", "A=2", "--json")[1])["purchase"]["A"])
+
+    def test_a_field_takes_one_argument_and_leaves_the_order(self):
+        self.assertEqual((0, ""), self.run_kest("buy", "--field", "A=B", "7", "--card", CARD)[::2])
+
+    def test_a_text_that_is_not_utf_8_is_taken_for_iso_8859_1(self):
+        note = os.fsdecode(b"Note=Bl\xe5b\xe4r")
+        self.assertIn("Note  Blåbär\n", self.buy("--field", note)[1])
+        self.assertEqual("Blåbär", json.loads(self.buy("--field", note, "--json")[1])["purchase"]["Note"])
+
+    def test_a_product_is_no_field_of_the_user(self):
+        for name in ("KEST-Product", "kest-product"):
+            code, out, words = self.buy("--field", f"{name}=SKU:1")
+            self.assertEqual((2, ""), (code, out))
+            self.assertIn("SKU", words)
+
+    def test_a_folder_in_the_place_of_a_file_is_named(self):
+        folder = os.path.dirname(self.file("key", "any"))
+        for arguments in (("--card", CARD, "--key", folder), ("--card", "@" + folder, "--key", self.file("key", "any"))):
+            code, out, words = kest("buy", "7", "--server", "echo", "--library", LIBRARY[0], *arguments)
+            self.assertEqual((1, ""), (code, out))
+            self.assertIn(f"{folder} cannot be read", words)
+
+    def test_a_path_of_any_bytes_stands_in_json(self):
+        code, document, _ = kest_json("doctor", "--library", os.fsdecode(b"/no/\xff.so"))
+        self.assertEqual((1, "/no/ÿ.so"), (code, document["library"]["path"]))
+        self.assertIn("/no/ÿ.so", document["faults"][0])
+
+    def test_a_folder_is_no_library_of_any_size(self):
+        code, document, _ = kest_json("doctor", "--library", os.path.dirname(LIBRARY[0]))
+        self.assertEqual((1, None, None), (code, document["library"]["size"], document["library"]["bits"]))
 
     def test_a_failure_without_a_code_is_this_machines(self):
         for arguments in (("buy", "7", "--card", CARD, "--field", "X-Fail=0"), ("bill", "1", "--field", "X-Fail=0"),

@@ -1,8 +1,11 @@
 """kest doctor against a live server, a good library and several that are none."""
 import os
 import re
+import socket
+import subprocess
+import threading
 
-from kest_host import OTHER_KEY, TOP, FileTest, beside_the_program, is_windows, kest, kest_json, main, server_options
+from kest_host import COMMAND, OTHER_KEY, TOP, FileTest, beside_the_program, is_windows, kest, kest_json, main, server_options
 
 ORDINALS = len(re.findall(r"^  KEST_ORDINAL_\w+ = \d+", (TOP / "include/kestapi.h").read_text(), re.M))
 KEY = os.environ["KEST_KEY_FILE"]
@@ -84,6 +87,36 @@ class Doctor(FileTest):
         self.assertEqual((1, "good", "reachable", "failed"),
                          (code, document["key"], document["server"], document["exchange"]))
         self.assertIn("not its own", words)
+
+    def test_a_silent_server_is_waited_for_with_everything_else_told(self):
+        with socket.create_server(("127.0.0.1", 0), backlog=8) as listener:
+            # Closed when the line is there, or when it never comes, so that the program ends.
+            close = threading.Timer(30, lambda: listener.shutdown(socket.SHUT_RDWR))
+            close.start()
+            command = [*COMMAND, "doctor", *server_options(server="127.0.0.1", port=str(listener.getsockname()[1]))]
+            with subprocess.Popen(command, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL) as process:
+                lines = []
+                while not lines or not lines[-1].startswith("Server"):
+                    lines.append(process.stdout.readline().decode())
+                    self.assertTrue(lines[-1], lines)
+                self.assertTrue(close.is_alive(), "the lines came only when the server was gone")
+                close.cancel()
+                listener.close()
+                self.assertEqual(["Program", "Key", "Server"], [line.split()[0] for line in lines[-3:]])
+                self.assertEqual(1, process.wait(timeout=60))
+
+    def test_a_server_that_takes_no_connection_is_given_up(self):
+        if is_windows():
+            self.skipTest("a full queue of connections refuses at once under Windows")
+        with socket.socket() as listener, socket.socket() as first, socket.socket() as second:
+            listener.bind(("127.0.0.1", 0))
+            listener.listen(0)
+            for waiting in (first, second):
+                waiting.setblocking(False)
+                waiting.connect_ex(listener.getsockname())
+            options = server_options(server="127.0.0.1", port=str(listener.getsockname()[1]))
+            code, document, _ = kest_json("doctor", *options)
+            self.assertEqual((3, "not reachable"), (code, document["server"]))
 
     def test_a_server_that_is_not_there_is_a_failed_exchange(self):
         code, document, words = kest_json("doctor", *server_options(port="1"))

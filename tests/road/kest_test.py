@@ -89,6 +89,14 @@ class CommandLine(unittest.TestCase):
     def test_a_port_out_of_range_is_a_usage_error(self):
         self.assertEqual(2, products(port="65536")[0])
 
+    def test_a_port_is_decimal_whatever_its_zeros(self):
+        self.assertEqual(0, products(port="0" + os.environ["KEST_PORT"])[0])
+        self.assertIn("port 10 ", products(server="127.0.0.1", port="010")[2])
+
+    def test_a_port_that_is_no_decimal_number_is_a_usage_error(self):
+        for port in ("", "0x50", "80 ", "+80", "-1", "80.0"):
+            self.assertEqual((2, ""), products(port=port)[:2], port)
+
     def test_an_unknown_option_is_a_usage_error(self):
         self.assertEqual(2, kest("products", "--what")[0])
 
