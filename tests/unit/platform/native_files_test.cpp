@@ -65,6 +65,19 @@ TEST_F(NativeFilesTest, BytesWrittenThenTheyStandInTheFile) {
   EXPECT_EQ(bytes + bytes, Read("written"));
 }
 
+TEST_F(NativeFilesTest, FilesAroundFourGigabytesThenBothHalvesOfTheirSizes) {
+  Put("large", "");
+  for (const std::uint64_t size : {0xFFFFFFFEull, 0xFFFFFFFFull, 0x100000000ull, 0x1FFFFFFFFull}) {
+    std::filesystem::resize_file(folder + "/large", size);
+    std::FILE* file = std::fopen((folder + "/large").c_str(), "rb");
+    ASSERT_NE(nullptr, file);
+    std::uint32_t high = 9;
+    EXPECT_EQ(static_cast<std::uint32_t>(size), os::Native().GetFileSize(HandleOf(file), &high));
+    EXPECT_EQ(size >> 32, high);
+    std::fclose(file);
+  }
+}
+
 TEST_F(NativeFilesTest, FileOpenForReadingThenWritingFails) {
   Put("read", "content");
   std::FILE* file = std::fopen((folder + "/read").c_str(), "rb");
