@@ -201,6 +201,22 @@ class Output(FileTest):
         finally:
             os.close(writer)
 
+    def test_nothing_is_sold_when_the_reader_leaves_before_the_card_is_given(self):
+        reader, writer = os.pipe()
+        card = self.file("key", "any") + ".card"
+        os.mkfifo(card)
+        process = subprocess.Popen(
+            [*COMMAND, "buy", "7", "--card", "@" + card, "--server", "echo", "--key", self.file("key", "any"),
+             "--library", LIBRARY[0], "--field", f"X-Sold={card}.sold"], stdout=writer, stderr=subprocess.PIPE)
+        os.close(writer)
+        # Opening waits until the other side reads, which has looked at its stdout by then.
+        with open(card, "w") as given:
+            os.close(reader)
+            given.write(CARD)
+        _, words = process.communicate(timeout=60)
+        self.assertEqual((1, False), (process.returncode, os.path.exists(card + ".sold")))
+        self.assertIn(b"nothing was sold", words)
+
     def test_a_failed_sale_keeps_its_exit_code(self):
         for error, expected in (("102", 3), ("1403", 4)):
             with open("/dev/full", "wb") as full:
