@@ -9,10 +9,11 @@
 
 namespace sandbox {
 
-/// Returns the text with each run of 12 digits or more masked, whether they pass for the number of a card or not: a card
-/// number with a typing error is one digit away from a right one. Spaces, dashes and dots between the digits belong to
-/// the run. Its first two digits stay, and its last four when nothing stands behind a card number in it: when it is one
-/// group of 19 digits at most, or several of 16 at most with a last one of at least four. The others become "*".
+/// Returns the text with each run of 12 digits or more masked, whether they pass for the number of a card or not: a
+/// card number with a typing error is one digit away from a right one. Spaces, dashes and dots between the digits
+/// belong to the run. Its first two digits stay, and its last four when nothing stands behind a card number in it: when
+/// it is one group of 19 digits at most, or several of 16 at most with a last one of at least four. The others become
+/// "*".
 std::string ShownText(std::string_view text);
 
 /// Returns the field with card numbers in name and value masked, the value of a field "KEST-Auth-..." replaced, and

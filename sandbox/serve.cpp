@@ -72,8 +72,7 @@ ListenAddress ParseAddress(const char* option, const std::string& text) {
   boost::system::error_code error;
   boost::asio::ip::make_address(host, error);
   if (error || !digits || std::stoul(port) > 65535) {
-    throw UsageError(std::string(option) +
-                     " needs a numeric address and a port, such as 127.0.0.1:0 or [::1]:8080");
+    throw UsageError(std::string(option) + " needs a numeric address and a port, such as 127.0.0.1:0 or [::1]:8080");
   }
   return {host, static_cast<std::uint16_t>(std::stoul(port))};
 }
