@@ -12,21 +12,11 @@
 #include "crypto/der_public_key.h"
 #include "crypto/rsa_public_cipher.h"
 #include "fuzz/bytes.h"
+#include "support/openssl_objects.h"
 #include "support/public_key.h"
 
 namespace kest::testing {
 namespace {
-
-template <auto free>
-struct Freer {
-  template <typename T>
-  void operator()(T* object) const {
-    free(object);
-  }
-};
-using BigNum = std::unique_ptr<BIGNUM, Freer<BN_free>>;
-using BigNumContext = std::unique_ptr<BN_CTX, Freer<BN_CTX_free>>;
-using PublicKeyObject = std::unique_ptr<EVP_PKEY, Freer<EVP_PKEY_free>>;
 
 struct Numbers {
   Bytes modulus, exponent;
@@ -53,7 +43,7 @@ Bytes Number(EVP_PKEY* key, const char* name) {
 // Nothing for what is no RSA key or is not the one way to write it.
 std::optional<Numbers> TheirNumbers(const Bytes& der) {
   const unsigned char* at = der.data();
-  const PublicKeyObject key(d2i_PUBKEY(nullptr, &at, static_cast<long>(der.size())));
+  const KeyObject key(d2i_PUBKEY(nullptr, &at, static_cast<long>(der.size())));
   ERR_clear_error();
   if (key == nullptr || EVP_PKEY_get_base_id(key.get()) != EVP_PKEY_RSA) return {};
   unsigned char* written = nullptr;

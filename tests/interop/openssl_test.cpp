@@ -9,25 +9,20 @@
 
 #include "crypto/rsa_public_cipher.h"
 #include "interop/random_input.h"
+#include "support/openssl_objects.h"
 #include "support/public_key.h"
 
 namespace kest {
 namespace {
 
+using testing::BigNum;
+using testing::BigNumContext;
 using testing::Bytes;
+using testing::Freer;
+using testing::KeyObject;
 using testing::PublicKey;
 using testing::RandomInput;
 
-template <auto free>
-struct Freer {
-  template <typename T>
-  void operator()(T* object) const {
-    free(object);
-  }
-};
-using BigNum = std::unique_ptr<BIGNUM, Freer<BN_free>>;
-using BigNumContext = std::unique_ptr<BN_CTX, Freer<BN_CTX_free>>;
-using KeyPair = std::unique_ptr<EVP_PKEY, Freer<EVP_PKEY_free>>;
 using KeyContext = std::unique_ptr<EVP_PKEY_CTX, Freer<EVP_PKEY_CTX_free>>;
 
 ByteBuffer BufferOf(const Bytes& bytes) {
@@ -37,7 +32,7 @@ Bytes BytesIn(const ByteBuffer& buffer) {
   return Bytes(buffer.Bytes(), buffer.Bytes() + buffer.Length());
 }
 
-KeyPair MakeKeyPair(int bits, unsigned long exponent) {
+KeyObject MakeKeyPair(int bits, unsigned long exponent) {
   KeyContext context(EVP_PKEY_CTX_new_id(EVP_PKEY_RSA, nullptr));
   BigNum e(BN_new());
   EVP_PKEY* pair = nullptr;
@@ -46,7 +41,7 @@ KeyPair MakeKeyPair(int bits, unsigned long exponent) {
       EVP_PKEY_CTX_set1_rsa_keygen_pubexp(context.get(), e.get()) != 1 || EVP_PKEY_keygen(context.get(), &pair) != 1) {
     return nullptr;
   }
-  return KeyPair(pair);
+  return KeyObject(pair);
 }
 
 Bytes DerOf(EVP_PKEY* pair) {
@@ -73,7 +68,7 @@ TEST(OpensslRsa, ItsPrivateKeyOpensWhatWeEncipher) {
   SCOPED_TRACE(random.Seed());
   for (const int bits : {512, 777, 1024, 1031, 2041, 2048}) {
     for (const unsigned long exponent : {3UL, 17UL, 65537UL}) {
-      const KeyPair pair = MakeKeyPair(bits, exponent);
+      const KeyObject pair = MakeKeyPair(bits, exponent);
       ASSERT_NE(pair, nullptr) << bits << " " << exponent;
       RsaPublicCipher cipher;
       ASSERT_TRUE(cipher.LoadPublicKey(BufferOf(DerOf(pair.get()))));

@@ -3,6 +3,9 @@
 
 #include <algorithm>
 
+#include "api/checkout.h"
+#include "api/commerce_call.h"
+#include "core/exception.h"
 #include "support/commerce_fixture.h"
 #include "support/memory_registry.h"
 
@@ -35,6 +38,29 @@ class SaleTest : public CommerceTest {
       if (isFirst && call.rfind("open read ", 0) == 0) registry.refusals[call] = os::errorFileNotFound;
       registry.calls.clear();
     };
+  }
+
+  // Runs `operation`, which the server refuses with its code 12, with the memory ending at every allocation in turn: once
+  // the reply is loaded, the code must tell.
+  template <typename ReplyOf>
+  void ExpectNoMemoryHidesCode12(bool (*operation)(CommerceCall&, Checkout&), ReplyOf replyOf) {
+    std::uint64_t refused = 0;
+    for (std::uint64_t point = 1;; ++point) {
+      Checkout checkout;
+      CommerceCall call;
+      memory.FailAt(point, AllocationSystem::Failing::fromThenOn);
+      try {
+        EXPECT_FALSE(operation(call, checkout));
+      } catch (const Qor::MemoryException&) {
+      }
+      const bool isOver = memory.Allocations() < point;
+      memory.FailNever();
+      const bool isAnswered = replyOf(checkout).Fields().Count() != 0;
+      EXPECT_EQ(isAnswered, checkout.ErrorCode() == 12) << point;
+      if (isOver) break;
+      refused += isAnswered ? 1 : 0;
+    }
+    EXPECT_GT(refused, 0u);
   }
 
   MemoryRegistry registry{server};

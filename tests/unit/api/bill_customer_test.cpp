@@ -278,23 +278,7 @@ TEST_F(BillCustomerTest, MemoryThatEndsBehindTheReplyDoesNotUndoTheSale) {
 TEST_F(BillCustomerTest, MemoryThatEndsBehindARefusalDoesNotHideItsCode) {
   Answer("KEST-User-IDEx", "customer");
   Answer("KEST-Error", "12");
-  std::uint64_t refused = 0;
-  for (std::uint64_t point = 1;; ++point) {
-    Checkout fresh;
-    CommerceCall call;
-    memory.FailAt(point, AllocationSystem::Failing::fromThenOn);
-    try {
-      EXPECT_FALSE(BillCustomer(call, fresh));
-    } catch (const Qor::MemoryException&) {
-    }
-    const bool isOver = memory.Allocations() < point;
-    memory.FailNever();
-    const bool isAnswered = fresh.PurchaseOf().Fields().Count() != 0;
-    EXPECT_EQ(isAnswered, fresh.ErrorCode() == 12) << point;
-    if (isOver) break;
-    refused += isAnswered ? 1 : 0;
-  }
-  EXPECT_GT(refused, 0u);
+  ExpectNoMemoryHidesCode12(BillCustomer, [](Checkout& asked) -> const FieldSet& { return asked.PurchaseOf(); });
 }
 
 }  // namespace

@@ -28,7 +28,7 @@ FileHandle Handle(int descriptor) {
 class PosixFiles : public ::testing::Test {
  protected:
   PosixFiles() {
-    char made[] = "/tmp/kest-files-XXXXXX";
+    char made[] = "/tmp/kest-files-XXXXXX";  // mkdtemp fills the X in
     EXPECT_NE(nullptr, mkdtemp(made));
     folder = made;
   }
@@ -212,7 +212,7 @@ TEST_F(PosixFiles, ARefusedCallLeavesTheOldCopyOrTheNewOne) {
   int failures = 0;
   for (Meddling meddling{0, 1, EIO, calls, folder}; isReached; ++meddling.failCall) {
     const TracedRun run = RunTraced([&] { return Native().CopyFileA(from.c_str(), to.c_str(), false); }, meddling);
-    if (!run.refusal.empty()) GTEST_SKIP() << "skipped: " << run.refusal;
+    KEST_TRACED_OR_SKIP(run);
     isReached = run.refused >= 0;
     failures += isReached;
     EXPECT_EQ(isReached ? 0 : 1, run.result) << "call " << meddling.failCall;
@@ -227,7 +227,7 @@ TEST_F(PosixFiles, ARefusedCallLeavesNoNewCopy) {
   bool isReached = true;
   for (Meddling meddling{0, 1, EIO, {SYS_read, SYS_write, SYS_fchmod}, folder}; isReached; ++meddling.failCall) {
     const TracedRun run = RunTraced([&] { return Native().CopyFileA(from.c_str(), to.c_str(), true); }, meddling);
-    if (!run.refusal.empty()) GTEST_SKIP() << "skipped: " << run.refusal;
+    KEST_TRACED_OR_SKIP(run);
     isReached = run.refused >= 0;
     EXPECT_EQ(isReached ? 1u : 2u, Count()) << "call " << meddling.failCall;
   }
@@ -245,7 +245,7 @@ TEST_F(PosixFiles, InterruptedCallsGoOn) {
              (file < 0 || (Native().WriteFile(Handle(file), "x", 1, &written) && written == 1));
     };
     const TracedRun run = RunTraced(work, meddling);
-    if (!run.refusal.empty()) GTEST_SKIP() << "skipped: " << run.refusal;
+    KEST_TRACED_OR_SKIP(run);
     isReached = run.refused >= 0;
     EXPECT_EQ(1, run.result) << "call " << meddling.failCall;
     EXPECT_TRUE(Read("to") == bytes);

@@ -48,7 +48,4 @@ class InterruptedWrite : public RegistryPlace {
   }
 };
 
-#define KEST_TRACED_OR_SKIP(run) \
-  if (!(run).refusal.empty()) GTEST_SKIP() << "skipped: " << (run).refusal
-
 }  // namespace os

@@ -34,9 +34,6 @@ TracedRun RunInterrupted(int interrupted, const std::function<int()>& work) {
   return RunTraced(work, {0, interrupted, EINTR, {SYS_connect}, ""});
 }
 
-#define KEST_TRACED_OR_SKIP(run) \
-  if (!(run).refusal.empty()) GTEST_SKIP() << "skipped: " << (run).refusal
-
 TEST(InterruptedConnect, OfARefusedConnectionFails) {
   const SocketAddress target = ClosedPort();
   const TracedRun run = RunInterrupted(2, [&] {

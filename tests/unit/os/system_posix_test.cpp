@@ -35,7 +35,7 @@ TEST(PosixSystem, InterruptedRandomBytesAreDrawnAgain) {
     return isDrawn && bits != 0 ? 1 : 0;
   };
   const TracedRun run = RunTraced(work, {0, 1, EINTR, {SYS_getrandom}, ""});
-  if (!run.refusal.empty()) GTEST_SKIP() << "skipped: " << run.refusal;
+  KEST_TRACED_OR_SKIP(run);
   EXPECT_EQ(SYS_getrandom, run.refused);
   EXPECT_EQ(1, run.result);
 }
@@ -46,7 +46,7 @@ TEST(PosixSystem, RandomBytesThatCannotBeHadAreAFailure) {
     return Native().RtlGenRandom(bytes, sizeof bytes) ? 1 : 0;
   };
   const TracedRun run = RunTraced(work, {0, 1, ENOSYS, {SYS_getrandom}, ""});
-  if (!run.refusal.empty()) GTEST_SKIP() << "skipped: " << run.refusal;
+  KEST_TRACED_OR_SKIP(run);
   EXPECT_EQ(SYS_getrandom, run.refused);
   EXPECT_EQ(0, run.result);
 }
@@ -59,7 +59,7 @@ TEST(PosixSystem, MemoryThatCannotBeCountedIsNone) {
     return status.memoryLoad == 0 && status.totalPhysical == 0 && status.totalVirtual != 0 ? 1 : 0;
   };
   const TracedRun run = RunTraced(work, {0, 1, ENOSYS, {SYS_sysinfo}, ""});
-  if (!run.refusal.empty()) GTEST_SKIP() << "skipped: " << run.refusal;
+  KEST_TRACED_OR_SKIP(run);
   EXPECT_EQ(SYS_sysinfo, run.refused);
   EXPECT_EQ(1, run.result);
 }

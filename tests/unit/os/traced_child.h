@@ -1,6 +1,8 @@
 // A child process whose system calls are watched: it can be killed at any of them, and any of them can be made to fail.
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <cstdint>
 #include <functional>
 #include <string>
@@ -38,6 +40,10 @@ struct TracedRun {
 
 // Runs `work` in a child and waits for its end.
 TracedRun RunTraced(const std::function<int()>& work, const Meddling& meddling = {});
+
+// Ends a test whose child could not be traced: not every system and processor lets a process watch another.
+#define KEST_TRACED_OR_SKIP(run) \
+  if (!(run).refusal.empty()) GTEST_SKIP() << "the child could not be traced: " << (run).refusal
 
 // Runs `work` in a child that nobody watches; answers its process number.
 int Start(const std::function<int()>& work);
