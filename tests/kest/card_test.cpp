@@ -23,7 +23,7 @@ TEST(MaskCard, ANumberTooShortForACardIsHiddenWhole) {
 
 TEST(MaskCard, WhatIsMaskedAlreadyStays) {
   EXPECT_EQ("41**********1111", MaskCard("41**********1111"));
-  EXPECT_EQ("XXXX-1111", MaskCard("XXXX-1111"));
+  EXPECT_EQ("####-1111", MaskCard("####-1111"));
   EXPECT_EQ("", MaskCard(""));
 }
 

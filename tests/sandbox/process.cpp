@@ -128,7 +128,7 @@ int Process::Wait() {
 }
 
 TemporaryFolder::TemporaryFolder() {
-  std::string pattern = (std::filesystem::temp_directory_path() / "kest-sandbox-test-XXXXXX").string();
+  std::string pattern = (std::filesystem::temp_directory_path() / "kest-sandbox-test-XXXXXX").string();  // for mkdtemp
   if (!::mkdtemp(pattern.data())) throw std::runtime_error("mkdtemp failed");
   path = pattern;
 }

@@ -14,7 +14,7 @@ namespace kest::testing {
 RedirectedRegistry::RedirectedRegistry(os::System& target)
     : ForwardingSystem(target), top("Software\\Veltrix Test\\" + std::to_string(target.GetCurrentProcessId())) {
 #ifndef _WIN32
-  store = (std::filesystem::temp_directory_path() / "kest-store-XXXXXX").string();
+  store = (std::filesystem::temp_directory_path() / "kest-store-XXXXXX").string();  // for mkdtemp
   EXPECT_NE(nullptr, mkdtemp(store.data()));
   setenv("KESTAPI_REGISTRY", store.c_str(), 1);
 #endif

@@ -63,7 +63,7 @@ bool CopyOver(int from, mode_t mode, const char* to) {
   const char* slash = std::strrchr(to, '/');
   const auto directory = static_cast<std::size_t>(slash != nullptr ? slash + 1 - to : 0);
   std::memcpy(beside, to, directory);
-  std::strcpy(beside + directory, ".kest-XXXXXX");
+  std::strcpy(beside + directory, ".kest-XXXXXX");  // mkostemp fills the X in
   const Descriptor copy(mkostemp(beside, O_CLOEXEC));
   if (!copy.IsOpen()) return false;
   if (CopyBytes(from, copy.Number()) && fchmod(copy.Number(), mode) == 0 && rename(beside, to) == 0) return true;

@@ -20,7 +20,7 @@ namespace fs = std::filesystem;
 class Modes : public ::testing::Test {
  protected:
   Modes() {
-    char made[] = "/tmp/kest-modes-XXXXXX";
+    char made[] = "/tmp/kest-modes-XXXXXX";  // mkdtemp fills the X in
     EXPECT_NE(nullptr, mkdtemp(made));
     folder = made;
     EXPECT_EQ(0, chown(made, user, static_cast<gid_t>(-1)));

@@ -93,7 +93,7 @@ class RegistryPlace : public ::testing::Test {
  protected:
   RegistryPlace() : path("Software\\Veltrix\\KEST Test " + std::to_string(Native().GetCurrentProcessId())) {
 #ifndef _WIN32
-    char made[] = "/tmp/kest-registry-XXXXXX";
+    char made[] = "/tmp/kest-registry-XXXXXX";  // mkdtemp fills the X in
     EXPECT_NE(nullptr, mkdtemp(made));
     store = made;
     setenv("KESTAPI_REGISTRY", store.c_str(), 1);
