@@ -2,6 +2,7 @@
 
 #include <cstring>
 
+#include "crypto/hidden_length.h"
 #include "crypto/operations.h"
 
 namespace kest {
@@ -11,9 +12,13 @@ constexpr std::uint32_t phasesAtStart = 2;
 
 // Adds 1 to the last byte and goes on to the byte before it only where the byte was 0x00 before it was incremented.
 // That is not how a number is counted up, and it is meant: the stream of every seed depends on it.
+// The work does not tell how far it went.
 void AdvanceByOne(std::uint8_t* state) {
+  std::uint32_t carry = 1;
   for (std::uint32_t i = md5Length; i-- != 0;) {
-    if (state[i]++ != 0) return;
+    const std::uint32_t before = state[i];
+    state[i] = static_cast<std::uint8_t>(before + carry);
+    carry &= MaskIfEqual(before, 0);
   }
 }
 

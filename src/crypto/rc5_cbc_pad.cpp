@@ -3,6 +3,7 @@
 #include <cstring>
 
 #include "core/memory.h"
+#include "crypto/hidden_length.h"
 #include "crypto/key_object.h"
 #include "crypto/operations.h"
 #include "crypto/rc5.h"
@@ -107,27 +108,16 @@ int DecipherUpdate(void* memory, const std::uint8_t* in, std::uint32_t inLength,
   return UpdateBlocks(context, in, inLength, out, outMax, outLength, kept, Rc5DecipherBlocks);
 }
 
-// True for a block whose last byte is 1 to 8 and stands that many times at its end. The work is the same for every
-// block: nothing but the answer tells where a padding is wrong.
-bool IsPadded(const std::uint8_t* block) {
-  const std::uint32_t padding = block[rc5BlockLength - 1];
-  // The top bit of each difference says "below".
-  std::uint32_t wrong = (padding - 1) >> 31 | (rc5BlockLength - padding) >> 31;
-  for (std::uint32_t i = 0; i < rc5BlockLength; ++i) {
-    const std::uint32_t isPadding = (rc5BlockLength - 1 - i - padding) >> 31;
-    wrong |= (0 - isPadding) & (block[i] ^ padding);
-  }
-  return wrong == 0;
-}
-
 int DecipherFinal(void* memory, std::uint8_t* out, std::uint32_t outMax, std::uint32_t* outLength) {
   auto& context = *static_cast<Context*>(memory);
   if (context.held != rc5BlockLength) return methodBadLength;
   std::uint8_t area[2 * rc5BlockLength] = {};
   Rc5DecipherBlocks(context.key, context.chain, context.block, area, 1);
-  const std::uint32_t plain = rc5BlockLength - area[rc5BlockLength - 1];
+  // Nothing but the answer tells where a padding is wrong.
+  const std::uint32_t padding = PaddingOf(area);
+  const std::uint32_t plain = rc5BlockLength - padding;
   int result = methodSuccess;
-  if (!IsPadded(area)) {
+  if (padding == 0) {
     result = methodBadData;
   } else if (plain > outMax) {
     result = methodOutputTooSmall;

@@ -1,5 +1,7 @@
 #include "crypto/session_cipher.h"
 
+#include "crypto/rc5.h"
+
 namespace kest {
 namespace {
 
@@ -65,6 +67,23 @@ ByteBuffer SessionCipher::Encipher(const ByteBuffer& plain) {
 
 ByteBuffer SessionCipher::Decipher(const ByteBuffer& cipher) {
   return DecipherMessage(rc5CbcPadDescriptor, cipher);
+}
+
+ByteBuffer SessionCipher::DecipherWithPadding(const ByteBuffer& cipher) {
+  const std::uint32_t length = cipher.Length();
+  if (length == 0 || length % rc5BlockLength != 0) return ByteBuffer();
+  ByteBuffer out;
+  out.Reserve(length);
+  std::uint8_t* bytes = out.TakeBuffer(length);
+  // The last block is kept back until another one follows it, whatever that one holds.
+  constexpr std::uint8_t another[rc5BlockLength] = {};
+  const int whole = static_cast<int>(length - rc5BlockLength);
+  const bool done = BeginDecipher() && DecipherUpdate(cipher.Bytes(), length, bytes, length) == whole &&
+                    DecipherUpdate(another, rc5BlockLength, bytes + whole, rc5BlockLength) == int{rc5BlockLength};
+  DestroyAlgorithm(&algorithm);
+  out.ReturnBuffer();
+  if (!done) return ByteBuffer();
+  return out;
 }
 
 bool SessionCipher::BeginEncipher() {

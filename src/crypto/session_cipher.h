@@ -38,6 +38,11 @@ class SessionCipher : public Cipher {
   // and one that is not a whole number of blocks are too.
   ByteBuffer Decipher(const ByteBuffer& cipher);
 
+  // Deciphers a whole message and leaves its padding where it is, for a caller to whom whether it is one must not show
+  // in the work: as long as `cipher`. Empty for a message of no bytes, one that is not a whole number of blocks, and on
+  // failure.
+  ByteBuffer DecipherWithPadding(const ByteBuffer& cipher);
+
   // The same in pieces: begin, any number of updates, final. Lengths are in bytes; `out` must not overlap `in`. Update
   // and final answer the bytes written, or -1, after which the message must be begun anew. Begin is false on failure
   // and does what the whole-message operation does, but for seeding the generator.

@@ -1,9 +1,11 @@
 #include "crypto/sha1.h"
 
+#include <cstring>
 #include <utility>
 
 #include "core/memory.h"
 #include "crypto/byte_order.h"
+#include "crypto/hidden_length.h"
 #include "crypto/operations.h"
 
 namespace kest {
@@ -58,6 +60,20 @@ void Compress(std::uint32_t (&state)[5], const std::uint8_t* blocks, std::uint32
   Wipe(v, sizeof v);
 }
 
+// Digests one block of a text of `length` bytes, of which `at` stand before the block: adds the padding's 0x80 and the
+// count where they belong. Whether they do shows nowhere but in the digest.
+void CompressHidden(std::uint32_t (&state)[5], std::uint8_t (&block)[digestBlockLength], std::uint32_t at,
+                    std::uint32_t length, std::uint32_t isLast) {
+  const std::uint32_t end = length - at;  // in this block when it is below 64
+  for (std::uint32_t i = 0; i < digestBlockLength; i += 4) {
+    const std::uint32_t mark = 0x80000000U >> (8 * (end % 4)) & MaskIfEqual(end / 4, i / 4);
+    StoreBig32(block + i, LoadBig32(block + i) | mark);
+  }
+  StoreBig32(block + 56, LoadBig32(block + 56) | (length >> 29 & isLast));
+  StoreBig32(block + 60, LoadBig32(block + 60) | (length << 3 & isLast));
+  Compress(state, block, 1);
+}
+
 int InitMethod(void* context, const AlgorithmParameters&, const KeyObject*) {
   Sha1Init(*static_cast<Sha1Context*>(context));
   return methodSuccess;
@@ -107,6 +123,29 @@ void Sha1Final(Sha1Context& context, std::uint8_t* digest) {
   for (unsigned i = 0; i < 5; ++i) StoreBig32(digest + 4 * i, context.state[i]);
   Wipe(context.buffer.bytes, sizeof context.buffer.bytes);
   Sha1Init(context);
+}
+
+void Sha1OfHiddenLength(const std::uint8_t* bytes, std::uint32_t length, std::uint32_t most, std::uint8_t* digest) {
+  Sha1Context context;
+  Sha1Init(context);
+  std::uint32_t result[5] = {};
+  std::uint8_t(&block)[digestBlockLength] = context.buffer.bytes;
+  // Behind the text come its mark and its count, which end the block that is the last one.
+  const std::uint32_t lastBlock = (length + 8) / digestBlockLength;
+  const std::uint32_t blocks = (most + 8) / digestBlockLength + 1;
+  for (std::uint32_t i = 0; i < blocks; ++i) {
+    const std::uint32_t at = i * digestBlockLength;
+    const std::uint32_t left = at < most ? most - at : 0;
+    const std::uint32_t taken = left < digestBlockLength ? left : digestBlockLength;
+    if (taken != 0) std::memcpy(block, bytes + at, taken);
+    std::memset(block + taken, 0, digestBlockLength - taken);
+    const std::uint32_t isLast = MaskIfEqual(i, lastBlock);
+    CompressHidden(context.state, block, at, length, isLast);
+    for (unsigned word = 0; word < 5; ++word) result[word] |= context.state[word] & isLast;
+  }
+  for (unsigned word = 0; word < 5; ++word) StoreBig32(digest + 4 * word, result[word]);
+  Wipe(&context, sizeof context);
+  Wipe(result, sizeof result);
 }
 
 }  // namespace kest
