@@ -1,20 +1,18 @@
 #include "transport/auth_session.h"
 
-#include <cstring>
-
 #include "crypto/constant_time.h"
 #include "crypto/message_digest.h"
 #include "crypto/random_generator.h"
 #include "transport/character_reader.h"
 #include "transport/header_block.h"
+#include "transport/message_check.h"
 #include "transport/rsa_sealing.h"
 
 namespace kest {
 namespace {
 
 constexpr std::uint16_t keyBits = 1024;
-constexpr std::uint16_t challengeLength = 48;   // bytes
-constexpr std::uint32_t digestTextLength = 28;  // characters: base64 of 20 bytes
+constexpr std::uint16_t challengeLength = 48;  // bytes
 
 constexpr char clientRacName[] = "KEST-Auth-Client-RAC";
 constexpr char serverRacName[] = "KEST-Auth-Server-RAC";
@@ -75,19 +73,14 @@ String AuthSession::SealMessage(NameValueList& fields, bool isHandshake) {
 bool AuthSession::OpenMessage(const String& body, NameValueList& fields) {
   ByteBuffer sealed;
   if (!sealed.DecodeBase64(body)) return false;
-  const ByteBuffer plain = sessionKey.Decipher(sealed);
-  if (plain.IsEmpty()) return false;
-  // A reply is text: it ends at its first zero byte, whether or not the server enciphered one.
-  const auto* characters = reinterpret_cast<const char*>(plain.Bytes());
-  const void* end = std::memchr(characters, '\0', plain.Length());
-  const auto length = end != nullptr ? static_cast<std::uint32_t>(static_cast<const char*>(end) - characters)
-                                     : plain.Length();
-  if (length < digestTextLength) return false;
-  const String text(characters + digestTextLength, length - digestTextLength);
-  const String digest = DigestOf(text);
-  if (digest.Length() != digestTextLength || !EqualBytes(digest.Characters(), characters, digestTextLength)) {
-    return false;
-  }
+  ByteBuffer message = sessionKey.DecipherWithPadding(sealed);
+  if (message.IsEmpty()) return false;
+  std::uint32_t length = 0;
+  std::uint8_t* bytes = message.TakeBuffer(message.Length());
+  const bool isWhole = CheckMessage(bytes, message.Length(), &length);
+  message.ReturnBuffer();
+  if (!isWhole) return false;
+  const String text(reinterpret_cast<const char*>(bytes) + digestTextLength, length);
   TextReader reader(text);
   return ReadHeaderBlock(reader, fields) && AcceptChallenges(fields);
 }
