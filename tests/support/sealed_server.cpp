@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <optional>
 
 #include "core/byte_buffer.h"
 #include "crypto/message_digest.h"
@@ -178,7 +179,8 @@ void SealedServer::Answer(Conversation& conversation) {
   request.number = static_cast<int>(requests.size()) + 1;
   requests.push_back(request);
   // What the server itself takes is no part of what is counted or failed in the library.
-  const SystemInForce own(os::Native());
+  std::optional<SystemInForce> own;
+  if (isAlone) own.emplace(os::Native());
   conversation.reply = answer(*this, request);
 }
 

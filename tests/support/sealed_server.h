@@ -59,6 +59,8 @@ class SealedServer : public ForwardingSystem {
   std::vector<std::string> lookedUp;     // names given to gethostbyname; each is found as 10.0.0.1
   std::vector<ServerRequest> requests;   // everything that arrived whole
   std::size_t pieceSize = 1u << 20;      // how many bytes one recv delivers at most
+  // False for a server that is one of several threads': it then leaves the system in force, which is the process's.
+  bool isAlone = true;
   std::size_t OpenSockets() const { return conversations.size(); }
 
   os::Socket socket(int family, int type, int protocol) override;
