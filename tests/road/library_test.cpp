@@ -1,6 +1,7 @@
 // A host that loads the library, lets it go and loads it again. In a program of its own: nothing else here may keep the
 // library in the process.
 #include <future>
+#include <memory>
 #include <thread>
 #include <vector>
 
@@ -67,6 +68,20 @@ TEST(LibraryRoad, SeveralThreadsUseItAndItIsUnloadedAndLoadedAgainBehindThem) {
     }
     EXPECT_FALSE(IsLoaded(Environment("KESTAPI_LIBRARY"))) << i;
   }
+}
+
+// Settings belong to no thread, and the one that loaded the library takes nothing with it.
+TEST(LibraryRoad, LibraryOutlivesTheThreadThatLoadedItAndIsUnloadedByAnother) {
+  std::unique_ptr<kest_host::Library> library;
+  std::thread([&library] {
+    library = std::make_unique<kest_host::Library>(Environment("KESTAPI_LIBRARY"));
+    Configure(*library);
+  }).join();
+  std::vector<std::thread> threads;
+  for (int t = 0; t < 8; ++t) threads.emplace_back([&library] { Fetch(*library); });
+  for (std::thread& thread : threads) thread.join();
+  std::thread([&library] { library.reset(); }).join();
+  EXPECT_FALSE(IsLoaded(Environment("KESTAPI_LIBRARY")));
 }
 
 TEST(LibraryRoad, ALibraryLoadedAgainKnowsNothingOfBefore) {

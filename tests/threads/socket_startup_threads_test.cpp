@@ -10,7 +10,7 @@
 namespace kest::testing {
 namespace {
 
-constexpr int rounds = 2000;
+constexpr int rounds = 30000;
 
 class CountingSockets : public ForwardingSystem {
  public:
