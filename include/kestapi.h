@@ -159,7 +159,7 @@ KEST_API void KEST_CALL KestDestroyProductList(KestProductList* list);
  * 524. Fetches the products for the application's GUID and `versionId`. On success the list holds the reply's
  * products and, as its own fields, everything else that the reply said, "KEST-Error" included: read that field, it does
  * not make the call fail. False leaves the list's products; its code is then KEST_ERROR_EXCHANGE, or as it was when
- * memory ran out before or after the exchange.
+ * there was no memory for the request and nothing was sent.
  */
 KEST_API KestBool KEST_CALL KestGetProductList(KestProductList* list, const char* versionId);
 
@@ -222,7 +222,7 @@ KEST_API KestPurchase* KEST_CALL KestBillCustomer(KestCheckout* checkout);
  * 517. Fetches the bill of the transaction in the checkout's own field "KEST-TxN" and leaves the bill's number there.
  * The bill has the reply's fields and its products (509, 510). It belongs to the checkout and lives until the next bill
  * is fetched or the checkout is destroyed. Null: the code in the checkout tells why: KEST_ERROR_EXCHANGE, the server's
- * refusal, or, when memory ran out, the code of before. Nothing is charged.
+ * refusal, or the code of before when there was no memory for the request and nothing was sent. Nothing is charged.
  */
 KEST_API KestBill* KEST_CALL KestGetBill(KestCheckout* checkout);
 

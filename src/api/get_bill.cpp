@@ -14,13 +14,15 @@ bool GetBill(CommerceCall& call, Checkout& checkout) {
     return false;
   }
   Bill& bill = checkout.BillOf();
-  bill.Load(reply);
+  std::int32_t error = 0;
   try {
+    bill.Load(reply);
+    error = ServerError(bill);
     checkout.Set("KEST-TxN", bill.Get("KEST-TxN"));
     return PostProcessReply(call, checkout, false);
   } catch (const Qor::MemoryException&) {
-    // A lack of memory does not hide what the server said.
-    if (ServerError(bill) != 0) checkout.SetErrorCode(ServerError(bill));
+    // A reply for which there is no memory is no reply, but a refusal that was loaded is not hidden.
+    checkout.SetErrorCode(error != 0 ? error : exchangeFailed);
     throw;
   }
 }

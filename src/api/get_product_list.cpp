@@ -1,6 +1,7 @@
 #include "api/get_product_list.h"
 
 #include "api/library_state.h"
+#include "core/exception.h"
 
 namespace kest {
 
@@ -12,7 +13,13 @@ bool GetProductList(CommerceCall& call, ProductList& list, const String& version
     list.SetErrorCode(exchangeFailed);
     return false;
   }
-  list.Load(reply);
+  try {
+    list.Load(reply);
+  } catch (const Qor::MemoryException&) {
+    // A reply for which there is no memory is no reply.
+    list.SetErrorCode(exchangeFailed);
+    throw;
+  }
   return true;
 }
 

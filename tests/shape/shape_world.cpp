@@ -55,11 +55,18 @@ std::string CheckoutFault(KestCheckout* checkout, const char* service) {
 
 }  // namespace
 
+void LearnKey(SealedServer& server) {
+  const SystemInForce honest(server);
+  KestProductList* list = KestCreateProductList();
+  KestGetProductList(list, "1.0");
+  KestDestroyProductList(list);
+}
+
 ShapeWorld::ShapeWorld() {
   KestSetServer("shop.example", 8080, SealedServer::KeyText().c_str());
   KestSetProxy("", 0);
   KestSetApplicationGuid("guid-1");
-  LearnKey();
+  LearnKey(server);
 }
 
 ShapeWorld::~ShapeWorld() {
@@ -67,13 +74,6 @@ ShapeWorld::~ShapeWorld() {
   KestSetServer("", 0, "");
   KestSetProxy("", 0);
   KestSetApplicationGuid(nullptr);
-}
-
-void ShapeWorld::LearnKey() {
-  const SystemInForce honest(server);
-  KestProductList* list = KestCreateProductList();
-  KestGetProductList(list, "1.0");
-  KestDestroyProductList(list);
 }
 
 Outcome ShapeWorld::Run(Call call, const std::vector<Stream>& streams, const std::vector<Delivery>& ways) {

@@ -28,6 +28,9 @@ struct Outcome {
   }
 };
 
+// Makes one honest call, so that the server knows the key and the challenge of every call on a still machine.
+void LearnKey(SealedServer& server);
+
 class ShapeWorld {
  public:
   ShapeWorld();
@@ -46,8 +49,6 @@ class ShapeWorld {
   std::size_t BytesDelivered() const { return sockets.BytesDelivered(); }
 
  private:
-  // One honest call, which tells the server the key.
-  void LearnKey();
   std::string CallFor(Call call);
   std::string List();
   std::string Sale();
