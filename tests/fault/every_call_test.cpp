@@ -1,7 +1,8 @@
-// Does every operation keep its promises whichever call to the system fails? Each call fails in turn, once and from then
-// on, in each of the ways in which it can.
+// Does every operation keep its promises whichever call to the system fails? Each call fails in turn, once and from
+// then on, in each of the ways in which it can.
 #include <gtest/gtest.h>
 
+#include <cstdio>
 #include <fstream>
 
 #include "fault/fault_world.h"
@@ -10,36 +11,59 @@
 namespace kest::testing {
 namespace {
 
+std::vector<OperationCase> AllOperations() {
+  std::vector<OperationCase> all;
+  for (const auto& group :
+       {ProductOperations(), SaleOperations(), ReceiptOperations(), SettingOperations(), ObjectOperations()}) {
+    all.insert(all.end(), group.begin(), group.end());
+  }
+  return all;
+}
+
 class EveryCall : public ::testing::TestWithParam<OperationCase> {
  protected:
+  static void TearDownTestSuite() { std::printf("all operations: %d points\n", allPoints); }
+
   // One operation with one call failing, then the same without the fault.
   void FailOne(std::uint64_t point, FaultSystem::Failing how, int way) {
     world.BeginAnew();
     std::unique_ptr<Operation> operation = GetParam().make();
     world.faults.FailAt(point, how, way);
     const bool isDone = operation->Run();
-    const std::string failed = world.faults.Calls().at(static_cast<std::size_t>(point) - 1);
+    const Failure failure = {world.faults.Points().at(static_cast<std::size_t>(point) - 1), way,
+                             how == FaultSystem::Failing::fromThenOn};
     world.faults.FailNever();
-    SCOPED_TRACE("call " + std::to_string(point) + ", " + failed + ", way " + std::to_string(way));
-    // Without memory from then on, any later allocation may be the one that failed.
-    const bool isMemory = failed == "GlobalAlloc" || how == FaultSystem::Failing::fromThenOn;
-    EXPECT_EQ("", operation->Fault(isDone, isMemory));
-    if (how == FaultSystem::Failing::once) {
-      EXPECT_EQ(operation->Outcome(failed, way).value_or(isDone), isDone);
-    }
+    SCOPED_TRACE("call " + std::to_string(point) + ", " + failure.point.call + " " + failure.point.about + ", way " +
+                 std::to_string(way) + (failure.isFromThenOn ? ", and all after it" : ""));
+    EXPECT_EQ("", world.OpenHandles());
+    Note(failure, operation->Ending(isDone), *operation);
+    EXPECT_EQ("", operation->Fault(isDone, failure));
     EXPECT_TRUE(operation->Run()) << "the next call fails too";
-    EXPECT_EQ("", operation->Fault(true, false));
+    EXPECT_EQ(done, operation->Ending(true));
+    EXPECT_EQ("", operation->Fault(true, Failure()));
     operation.reset();
     EXPECT_EQ("", world.Leak());
   }
 
-  // In how many ways each call of an operation without faults can fail.
-  std::vector<int> Ways() {
+  // Checks an ending, or keeps it for the order in which they come.
+  void Note(const Failure& failure, const std::string& ending, const Operation& operation) {
+    if (!failure.IsMemory()) {
+      EXPECT_EQ(operation.EndingAfter(failure), ending);
+      return;
+    }
+    std::vector<std::string>& endings = failure.isFromThenOn ? fromThenOn : withoutMemory;
+    if (endings.empty() || endings.back() != ending) endings.push_back(ending);
+  }
+
+  // The calls of an operation without faults.
+  std::vector<FaultPoint> Points() {
     world.BeginAnew();
     const std::unique_ptr<Operation> operation = GetParam().make();
     world.faults.FailNever();
     EXPECT_TRUE(operation->Run());
-    return world.faults.Ways();
+    const std::vector<FaultPoint> points = world.faults.Points();
+    EXPECT_EQ("", operation->Fault(true, Failure()));
+    return points;
   }
 
   // The least number of points that earlier runs reached.
@@ -54,18 +78,25 @@ class EveryCall : public ::testing::TestWithParam<OperationCase> {
   }
 
   FaultWorld world;
+  std::vector<std::string> withoutMemory, fromThenOn;
+  static int allPoints;
 };
 
+int EveryCall::allPoints = 0;
+
 TEST_P(EveryCall, FailsInTurnAndTheStatedResultComes) {
-  const std::vector<int> ways = Ways();
+  const std::vector<FaultPoint> calls = Points();
   int points = 0;
   for (const auto how : {FaultSystem::Failing::once, FaultSystem::Failing::fromThenOn}) {
-    for (std::size_t i = 0; i < ways.size(); ++i) {
-      for (int way = 0; way < ways[i]; ++way, ++points) FailOne(i + 1, how, way);
+    for (std::size_t i = 0; i < calls.size(); ++i) {
+      for (int way = 0; way < calls[i].ways; ++way, ++points) FailOne(i + 1, how, way);
     }
   }
+  EXPECT_EQ(GetParam().withoutMemory, withoutMemory);
+  EXPECT_EQ(GetParam().fromThenOn, fromThenOn);
   std::printf("%s: %d points\n", GetParam().name, points);
   EXPECT_GE(points, PointsBefore());
+  allPoints += points;
 }
 
 INSTANTIATE_TEST_SUITE_P(Operations, EveryCall, ::testing::ValuesIn(AllOperations()),

@@ -141,6 +141,7 @@ os::Socket SealedServer::socket(int, int, int) {
 }
 
 int SealedServer::connect(os::Socket socket, const os::SocketAddress* address, int) {
+  if (address->address == 0xFFFFFFFF) return -1;  // what no address turns into; nobody answers there
   std::uint8_t bytes[4];
   std::memcpy(bytes, &address->address, sizeof bytes);
   Conversation& conversation = conversations.at(socket);
@@ -186,12 +187,18 @@ void SealedServer::Answer(Conversation& conversation) {
 
 int SealedServer::setsockopt(os::Socket, int, int, const void*, int) { return 0; }
 
-int SealedServer::closesocket(os::Socket socket) { return conversations.erase(socket) == 1 ? 0 : -1; }
+int SealedServer::closesocket(os::Socket socket) {
+  if (conversations.erase(socket) == 1) return 0;
+  ++wrongCloses;
+  return -1;
+}
 
 const os::HostEntry* SealedServer::gethostbyname(const char* name) {
   lookedUp.push_back(name);
-  static char address[] = {10, 0, 0, 1};
-  static char* addresses[] = {address, nullptr};
+  static char first[] = {10, 0, 0, 1}, second[] = {10, 0, 0, 2};
+  static char* addresses[3];
+  addresses[0] = first;
+  addresses[1] = addressCount > 1 ? second : nullptr;
   static const os::HostEntry entry = {nullptr, nullptr, os::addressFamilyInet, 4, addresses};
   return &entry;
 }

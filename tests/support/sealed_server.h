@@ -56,12 +56,14 @@ class SealedServer : public ForwardingSystem {
   static std::string DigestOf(const std::string& text);
 
   std::string clientRac, serverRac = "server challenge", connectionId = "connection-7";
-  std::vector<std::string> lookedUp;     // names given to gethostbyname; each is found as 10.0.0.1
+  std::vector<std::string> lookedUp;     // names given to gethostbyname; each is found
   std::vector<ServerRequest> requests;   // everything that arrived whole
   std::size_t pieceSize = 1u << 20;      // how many bytes one recv delivers at most
+  std::uint32_t addressCount = 1;        // how many addresses each name has: 10.0.0.1, 10.0.0.2
   // False for a server that is one of several threads': it then leaves the system in force, which is the process's.
   bool isAlone = true;
   std::size_t OpenSockets() const { return conversations.size(); }
+  int WrongCloses() const { return wrongCloses; }  // of sockets that were not open
 
   os::Socket socket(int family, int type, int protocol) override;
   int connect(os::Socket socket, const os::SocketAddress* address, int length) override;
@@ -85,6 +87,7 @@ class SealedServer : public ForwardingSystem {
 
   std::map<os::Socket, Conversation> conversations;
   os::Socket nextSocket = 100;
+  int wrongCloses = 0;
   std::string exportedKey;  // iv and key bytes, as the handshake delivered them
 };
 

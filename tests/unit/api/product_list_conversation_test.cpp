@@ -20,10 +20,10 @@ TEST_F(ProductListConversation, AConversationAsksTheSystemInThisOrder) {
   recorder.FailNever();
   ASSERT_EQ(1, KestGetProductList(list, "1"));
   std::vector<std::string> sockets;
-  for (const std::string& call : recorder.Calls()) {
+  for (const testing::FaultPoint& point : recorder.Points()) {
     const bool isSocket = std::set<std::string>{"socket", "gethostbyname", "connect", "send", "recv", "setsockopt",
-                                                "closesocket"}.count(call) != 0;
-    if (isSocket) sockets.push_back(call);
+                                                "closesocket"}.count(point.call) != 0;
+    if (isSocket) sockets.push_back(point.call);
   }
   const std::vector<std::string> one = {"socket", "gethostbyname", "connect", "send", "send", "recv", "setsockopt",
                                         "closesocket"};

@@ -15,7 +15,7 @@ class ReceiptFaults : public StoreTest {
     SystemInForce failing(faults);
     faults.FailNever();
     operation();
-    const std::size_t points = faults.Calls().size();
+    const std::size_t points = faults.Points().size();
     ASSERT_GT(points, 20u);
     for (std::uint64_t point = 1; point <= points; ++point) {
       const std::int64_t before = memory.Outstanding();
@@ -26,7 +26,7 @@ class ReceiptFaults : public StoreTest {
       } catch (const Qor::MemoryException&) {
         isStopped = true;
       }
-      const std::string failed = faults.Calls().at(static_cast<std::size_t>(point) - 1);
+      const std::string failed = faults.Points().at(static_cast<std::size_t>(point) - 1).call;
       faults.FailNever();
       SCOPED_TRACE(std::to_string(point) + " " + failed);
       if (how == FaultSystem::Failing::once) {
