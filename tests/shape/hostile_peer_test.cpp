@@ -7,7 +7,7 @@ namespace {
 
 using HostilePeer = HostileTest;
 
-constexpr std::size_t budget = 4u << 20;    // bytes
+constexpr std::size_t budget = 2u << 20;    // bytes
 constexpr std::size_t slack = 64u << 10;    // bytes: what a call takes whatever the server says
 constexpr char okHead[] = "HTTP/1.0 200 OK\r\n";
 

@@ -29,7 +29,7 @@ class MeasuredMachine : public StillMachine {
 
   void* GlobalAlloc(std::uint32_t flags, std::size_t bytes) override {
     largest = std::max(largest, bytes);
-    if (bytes > budget - live) return nullptr;
+    if (live >= budget || bytes > budget - live) return nullptr;
     void* block = StillMachine::GlobalAlloc(flags, bytes);
     if (block == nullptr) return nullptr;
     sizes[block] = bytes;
