@@ -5,6 +5,7 @@
 #include "api/get_bill.h"
 #include "api/get_product_list.h"
 #include "api/library_state.h"
+#include "core/memory.h"
 #include "store/receipts.h"
 #include "transport/server_settings.h"
 
@@ -53,6 +54,7 @@ void KEST_CALL KestAddOrderLine(KestCheckout* checkout, std::uint32_t sku, std::
 
 KestPurchase* KEST_CALL KestBillCustomer(KestCheckout* handle) {
   if (handle == nullptr) return nullptr;
+  const WipeStackAtEnd wipe;
   Checkout& checkout = *FromHandle(handle);
   return Guarded<KestPurchase*>(nullptr, [&] {
     CommerceCall call;
@@ -62,6 +64,7 @@ KestPurchase* KEST_CALL KestBillCustomer(KestCheckout* handle) {
 
 KestBill* KEST_CALL KestGetBill(KestCheckout* handle) {
   if (handle == nullptr) return nullptr;
+  const WipeStackAtEnd wipe;
   Checkout& checkout = *FromHandle(handle);
   return Guarded<KestBill*>(nullptr, [&] {
     CommerceCall call;
@@ -76,6 +79,7 @@ KestBool KEST_CALL KestLoadReceipt(KestFieldSet* target, const char* guid) {
 
 KestBool KEST_CALL KestGetProductList(KestProductList* list, const char* versionId) {
   if (list == nullptr) return 0;
+  const WipeStackAtEnd wipe;
   return Guarded<KestBool>(0, [&]() -> KestBool {
     CommerceCall call;
     return GetProductList(call, *FromHandle(list), versionId);

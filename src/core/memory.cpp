@@ -31,4 +31,19 @@ void Wipe(void* memory, std::size_t bytes) {
   __asm__ __volatile__("" : : "r"(memory) : "memory");
 }
 
+// Never inlined: its frame must lie where those of the calls before it lay. Compilers that can, clear the registers that
+// the calls used as well: whoever saves registers next would write what is in them to the stack.
+#if __has_attribute(zero_call_used_regs)
+__attribute__((zero_call_used_regs("all")))
+#endif
+__attribute__((noinline)) void WipeStack() {
+  unsigned char area[48 * 1024];
+  Wipe(area, sizeof area);
+  // Lengths for which the runtime library uses all registers that it copies with, be they of 16, 32 or 64 bytes.
+  for (const std::size_t length : {100, 250, 500, 1000}) {
+    std::memmove(area + length, area, length);
+    Wipe(area, 1);
+  }
+}
+
 }  // namespace kest

@@ -33,6 +33,7 @@ ByteBuffer DigestText(const String& text, const DigestDescriptor& descriptor) {
   AlgorithmObject* object = nullptr;
   if (CreateAlgorithm(&object) != resultSuccess) return ByteBuffer();
   std::uint8_t digest[longestDigest];
+  const WipeAtEnd wipe(digest, sizeof digest);
   const ResultCode code = Digest(object, text, descriptor, digest);
   DestroyAlgorithm(&object);
   if (code != resultSuccess) return ByteBuffer();

@@ -4,6 +4,8 @@
 #include <cstring>
 #include <limits>
 
+#include "core/memory.h"
+
 namespace kest {
 
 bool TextSource::Begin() {
@@ -21,6 +23,7 @@ std::int32_t TextSource::Read(void* bytes, std::uint32_t capacity) {
 
 bool SendBody(BodySource& source, SocketConnection& connection) {
   char piece[8192];
+  const WipeAtEnd wipe(piece, sizeof piece);
   if (!source.Begin()) return false;
   for (;;) {
     const std::int32_t count = source.Read(piece, sizeof piece);

@@ -4,6 +4,7 @@
 
 #include <cstdint>
 
+#include "core/memory.h"
 #include "core/string.h"
 #include "transport/socket_connection.h"
 
@@ -62,6 +63,7 @@ class TextReader final : public CharacterReader {
 class ConnectionReader final : public CharacterReader {
  public:
   explicit ConnectionReader(SocketConnection& source) : connection(source) {}
+  ~ConnectionReader() { Wipe(buffer, sizeof buffer); }
 
   // Forgets what is in the buffer: for a new connection.
   void Reset() {

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "core/memory.h"
+
 namespace kest {
 namespace {
 
@@ -47,6 +49,7 @@ bool SkipBody(CharacterReader& reader, const HttpReply& reply) {
   const std::int32_t claim = ContentLength(reply.headers);
   if (claim < 0) return false;
   char forgotten[pieceSize];
+  const WipeAtEnd wipe(forgotten, sizeof forgotten);
   for (auto left = static_cast<std::uint32_t>(claim); left > 0;) {
     const std::uint32_t wanted = std::min(left, pieceSize);
     if (!ReadExactly(reader, forgotten, wanted)) return false;
