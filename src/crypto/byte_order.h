@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <cstring>
 
 namespace kest {
 
@@ -17,17 +18,12 @@ inline std::uint32_t LoadBig32(const std::uint8_t* bytes) {
 }
 
 inline void StoreLittle32(std::uint8_t* bytes, std::uint32_t word) {
-  bytes[0] = static_cast<std::uint8_t>(word);
-  bytes[1] = static_cast<std::uint8_t>(word >> 8);
-  bytes[2] = static_cast<std::uint8_t>(word >> 16);
-  bytes[3] = static_cast<std::uint8_t>(word >> 24);
+  if (__BYTE_ORDER__ != __ORDER_LITTLE_ENDIAN__) word = __builtin_bswap32(word);
+  std::memcpy(bytes, &word, sizeof word);
 }
 
 inline void StoreBig32(std::uint8_t* bytes, std::uint32_t word) {
-  bytes[0] = static_cast<std::uint8_t>(word >> 24);
-  bytes[1] = static_cast<std::uint8_t>(word >> 16);
-  bytes[2] = static_cast<std::uint8_t>(word >> 8);
-  bytes[3] = static_cast<std::uint8_t>(word);
+  StoreLittle32(bytes, __builtin_bswap32(word));
 }
 
 // By the low 5 bits of `count`.
