@@ -1,0 +1,183 @@
+// What is left in the memory of the host's process after a call: no key, challenge, seed, text or part of one. The calls
+// are those that secret_recorder ran and wrote down; all memory that this process can write is searched for any 16
+// bytes of their secrets.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstring>
+#include <fstream>
+
+#include "core/memory.h"
+#include "secrets/scenarios.h"
+#include "secrets/secret_windows.h"
+#include "support/redirected_registry.h"
+
+namespace kest::testing {
+namespace {
+
+// What the host holds: the fields of its request, and those of a reply that came through.
+constexpr char heldAfterFailure[] = "held: request";
+constexpr char heldAfterSuccess[] = "held: ";
+
+// The world of a scenario, with a server that answers what it answered before, and memory that may end.
+class ReplayedWorld : public KnownEntropy {
+ public:
+  explicit ReplayedWorld(std::uint64_t seed, const Scenario& replayed) : KnownEntropy(seed), scenario(replayed) {}
+
+  void Read(std::istream& file) {
+    std::size_t count = 0;
+    file >> count;
+    replies.resize(count);
+    for (std::string& reply : replies) {
+      file >> count;
+      reply.resize(count);
+      file.get();
+      file.read(&reply[0], static_cast<std::streamsize>(count));
+    }
+  }
+
+  // Called when the request is about to be sent.
+  std::function<void()> whileSending;
+  std::uint64_t failAt = 0;  // which allocation; 0: none
+  std::uint64_t allocations = 0;
+
+  void* GlobalAlloc(std::uint32_t flags, std::size_t bytes) override {
+    return ++allocations == failAt ? nullptr : KnownEntropy::GlobalAlloc(flags, bytes);
+  }
+  os::Socket socket(int, int, int) override {
+    position = 0;
+    isSent = false;
+    return ++connection;
+  }
+  int connect(os::Socket, const os::SocketAddress*, int) override {
+    return scenario.fault == Fault::refused && scenario.exchange == static_cast<int>(connection) ? -1 : 0;
+  }
+  int send(os::Socket, const void*, int length, int) override {
+    if (connection == 2 && !isSent && whileSending) whileSending();
+    isSent = true;
+    return length;
+  }
+  int recv(os::Socket, void* bytes, int capacity, int) override {
+    const std::string& reply = replies.at(connection - 1);
+    const std::size_t count = std::min(static_cast<std::size_t>(capacity), reply.size() - position);
+    Unmask(bytes, position, count);
+    position += count;
+    return static_cast<int>(count);
+  }
+  // Writes bytes of the reply to the connection's request.
+  void Unmask(void* bytes, std::size_t from, std::size_t count) const {
+    auto* target = static_cast<volatile char*>(bytes);
+    for (std::size_t i = 0; i < count; ++i) target[i] = Masked(replies.at(connection - 1)[from + i], from + i);
+  }
+  int setsockopt(os::Socket, int, int, const void*, int) override { return 0; }
+  int closesocket(os::Socket) override { return 0; }
+  const os::HostEntry* gethostbyname(const char*) override {
+    static char address[] = {10, 0, 0, 1};
+    static char* addresses[] = {address, nullptr};
+    static const os::HostEntry entry = {nullptr, nullptr, os::addressFamilyInet, 4, addresses};
+    return &entry;
+  }
+
+ private:
+  const Scenario& scenario;
+  std::vector<std::string> replies;  // masked
+  std::size_t position = 0;
+  os::Socket connection = 0;
+  bool isSent = false;
+};
+
+class MemoryAfter : public ::testing::TestWithParam<std::size_t> {
+ protected:
+  MemoryAfter() {
+    std::ifstream file(SecretsFile(scenario), std::ios::binary);
+    EXPECT_TRUE(file) << SecretsFile(scenario) << " is missing; run secret_recorder (ctest does)";
+    world.Read(file);
+    secrets.Read(file);
+    ConfigureServer(usualExponent);
+  }
+  ~MemoryAfter() override { KestSetServer("", 0, ""); }
+
+  bool IsMeantToSucceed() const { return scenario.fault == Fault::none; }
+
+  const Scenario& scenario = Scenarios().at(GetParam());
+  ReplayedWorld world{GetParam() + 1, scenario};
+  RedirectedRegistry registry{world};
+  SystemInForce inForce{registry};
+  SecretWindows secrets;
+};
+
+TEST_P(MemoryAfter, HoldsNoSecret) {
+  ASSERT_EQ("", secrets.FindAnywhere()) << "before the call";
+  {
+    HostCall call(scenario.call);
+    EXPECT_EQ(IsMeantToSucceed(), call.Run());
+    EXPECT_EQ("", secrets.FindAnywhere(IsMeantToSucceed() ? heldAfterSuccess : heldAfterFailure))
+        << "beside the fields of what the host holds";
+  }
+  EXPECT_EQ("", secrets.FindAnywhere()) << "when the host has let go of everything";
+}
+
+INSTANTIATE_TEST_SUITE_P(Calls, MemoryAfter, ::testing::Range<std::size_t>(0, Scenarios().size()),
+                         [](const auto& parameter) { return std::string(Scenarios().at(parameter.param).name); });
+
+// A whole sale, whose memory ends at one allocation after the other.
+using MemoryWithoutRoom = MemoryAfter;
+
+TEST_P(MemoryWithoutRoom, HoldsNoSecretWhereverTheCallEnds) {
+  std::uint64_t ended = 0;
+  for (std::uint64_t point = 9;; point += 19) {
+    ReplayedWorld ending(GetParam() + 1, scenario);
+    std::ifstream file(SecretsFile(scenario), std::ios::binary);
+    ending.Read(file);
+    RedirectedRegistry kept(ending);
+    const SystemInForce endingInForce(kept);
+    {
+      HostCall call(scenario.call);
+      ending.allocations = 0;
+      ending.failAt = point;
+      call.Run();
+      ending.failAt = 0;
+    }
+    EXPECT_EQ("", secrets.FindAnywhere()) << "no room for allocation " << point;
+    if (ending.allocations < point) break;
+    ++ended;
+  }
+  EXPECT_GT(ended, 8u);
+}
+
+INSTANTIATE_TEST_SUITE_P(Calls, MemoryWithoutRoom, ::testing::Values(0, 1, 2),
+                         [](const auto& parameter) { return std::string(Scenarios().at(parameter.param).name); });
+
+// That the search finds what is there.
+using MemorySearch = MemoryAfter;
+
+TEST_P(MemorySearch, FindsTheSecretsOfACallUnderWay) {
+  std::string found;
+  world.whileSending = [&] { found = secrets.FindAnywhere(); };
+  HostCall(scenario.call).Run();
+  for (const char* name : {"session key", "held: reply: client challenge", "held: reply: server challenge", "sealed request in base64"}) {
+    EXPECT_NE(std::string::npos, found.find(std::string(name) + " from ")) << name << "\n" << found;
+  }
+}
+
+unsigned char staticCopy[SecretWindows::windowLength];
+
+TEST_P(MemorySearch, FindsSixteenBytesWhereverTheyLie) {
+  // Of the sealed reply, which is the one secret that the test can make.
+  unsigned char stackCopy[SecretWindows::windowLength + 1];
+  auto* heapCopy = static_cast<unsigned char*>(Allocate(1000));
+  world.socket(0, 0, 0);
+  for (unsigned char* copy : {staticCopy, stackCopy + 1, heapCopy + 333}) {
+    world.Unmask(copy, 200, SecretWindows::windowLength);
+    EXPECT_EQ(0u, secrets.FindAnywhere().find("sealed reply in base64 from "));
+    Wipe(copy, SecretWindows::windowLength);
+    EXPECT_EQ("", secrets.FindAnywhere());
+  }
+  Release(heapCopy);
+}
+
+INSTANTIATE_TEST_SUITE_P(Calls, MemorySearch, ::testing::Values(1),
+                         [](const auto& parameter) { return std::string(Scenarios().at(parameter.param).name); });
+
+}  // namespace
+}  // namespace kest::testing
