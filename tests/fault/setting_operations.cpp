@@ -43,6 +43,10 @@ class SettingTheServer : public Operation {
 
  protected:
   const std::string key = SealedServer::KeyText();
+
+ private:
+  // While there is another owner the host's name takes a block of its own.
+  const String earlierHost = Settings().server.host;
 };
 
 class Configuring : public SettingTheServer {
