@@ -111,7 +111,17 @@ TEST(SessionCipher, DecipheringNothingOrPartOfABlockFails) {
     if (length % 8 == 0 && length != 0) continue;
     const Bytes part(enciphered.begin(), enciphered.begin() + static_cast<std::ptrdiff_t>(length));
     EXPECT_TRUE(cipher.Decipher(BufferOf(part)).IsEmpty()) << length;
+    EXPECT_TRUE(cipher.DecipherWithPadding(BufferOf(part)).IsEmpty()) << length;
   }
+}
+
+TEST(SessionCipher, DecipheringWithPaddingLeavesItBehindTheText) {
+  SessionCipher cipher;
+  MakeSeeded(cipher);
+  Bytes expected = SomeBytes(20);
+  const ByteBuffer enciphered = cipher.Encipher(BufferOf(expected));
+  expected.insert(expected.end(), 4, 4);
+  EXPECT_EQ(expected, BytesIn(cipher.DecipherWithPadding(enciphered)));
 }
 
 TEST(SessionCipher, EveryMessageBeginsAtTheVector) {

@@ -6,6 +6,7 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <filesystem>
 #include <fstream>
 #include <string>
@@ -100,6 +101,41 @@ TEST_F(Cleaner, TakesNothingOnWhichALockIsHeld) {
   EXPECT_EQ(1u, Unfinished());
   ASSERT_EQ(0, flock(held, LOCK_UN));
   EXPECT_EQ(errorSuccess, Clean());
+  EXPECT_EQ(0u, Unfinished());
+}
+
+// A writer whose file was taken away, with another one in its place, leaves that and tries the next name.
+TEST_F(Cleaner, LetsAWriterLeaveWhatHasItsName) {
+  std::string other;
+  Meddling meddling;
+  meddling.before = [&](const TracedCall& call) {
+    if (!other.empty() || !IsLockOfNew(call)) return;
+    other = call.file;
+    fs::rename(other, folder + "/aside");
+    std::ofstream(other) << "another's";
+  };
+  const TracedRun run = RunTraced([&] { return Replace(); }, meddling);
+  KEST_TRACED_OR_SKIP(run);
+  EXPECT_EQ(errorSuccess, run.result);
+  EXPECT_TRUE(IsNew());
+  std::string left;
+  std::getline(std::ifstream(other), left);
+  EXPECT_EQ("another's", left);
+}
+
+// Of all files that are refused once, only the leftover is opened a second time.
+TEST_F(Cleaner, TakesAwayWhatItMayNotReadAtFirst) {
+  int taken = 0;
+  bool isReached = true;
+  for (Meddling meddling{0, 1, EACCES, {SYS_openat}, folder}; isReached; ++meddling.failCall) {
+    std::ofstream(folder + "/.new-1-1") << "half a val";
+    fs::permissions(folder + "/.new-1-1", fs::perms::none);
+    const TracedRun run = RunTraced([&] { return Clean(); }, meddling);
+    KEST_TRACED_OR_SKIP(run);
+    isReached = run.refused >= 0;
+    taken += isReached && run.result == errorSuccess && Unfinished() == 0;
+  }
+  EXPECT_EQ(1, taken);
   EXPECT_EQ(0u, Unfinished());
 }
 

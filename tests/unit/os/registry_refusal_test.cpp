@@ -93,6 +93,24 @@ TEST_F(RefusedCall, InterruptedReadsAndWritesGoOn) {
   }
 }
 
+TEST_F(RefusedCall, OfBytesThatAreCutOffMeanwhileIsNoValue) {
+  int reads = 0;
+  Meddling meddling;
+  meddling.before = [&](const TracedCall& call) {
+    if (call.number != SYS_read || call.file.substr(0, store.size()) != store) return;
+    // The header has been read, and what it says of the length was true.
+    if (++reads == 2) std::filesystem::resize_file(call.file, 25);
+  };
+  const auto query = [&] {
+    std::uint32_t size = 0;
+    return Native().RegQueryValueExA(key, "value", nullptr, nullptr, &size);
+  };
+  const TracedRun run = RunTraced(query, meddling);
+  KEST_TRACED_OR_SKIP(run);
+  EXPECT_GE(reads, 2);
+  EXPECT_EQ(errorFileNotFound, run.result);
+}
+
 TEST_F(RefusedCall, LeavesAStoreThatCanBeMade) {
   int made = 0, failures = 0;
   for (const int error : {EIO, EACCES, EMFILE, EEXIST}) {
