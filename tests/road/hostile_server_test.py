@@ -4,6 +4,7 @@ usage: hostile_server_test.py KEST_PROGRAM. Each call must end as a failed excha
 """
 import resource
 import socket
+import struct
 import subprocess
 import sys
 import tempfile
@@ -18,11 +19,14 @@ PIECE = 1 << 16            # bytes
 
 
 class Server(threading.Thread):
-    """Says `first`, and then `again` for as long as somebody listens; counts what went out."""
+    """Says `first`, and then `again` for as long as somebody listens; counts what went out.
 
-    def __init__(self, first, again):
+    One that does not listen resets the connection as soon as it has spoken.
+    """
+
+    def __init__(self, first, again, listens):
         super().__init__(daemon=True)
-        self.first, self.again, self.sent = first, again, 0
+        self.first, self.again, self.listens, self.sent = first, again, listens, 0
         self.listener = socket.create_server(("127.0.0.1", 0))
         self.port = self.listener.getsockname()[1]
         self.start()
@@ -31,8 +35,11 @@ class Server(threading.Thread):
         client, _ = self.listener.accept()
         self.listener.close()
         with client:
-            # What the client asks is read: a socket that is closed over unread bytes resets the connection.
-            client.recv(PIECE)
+            if self.listens:
+                # A socket that is closed over unread bytes resets the connection.
+                client.recv(PIECE)
+            else:
+                client.setsockopt(socket.SOL_SOCKET, socket.SO_LINGER, struct.pack("ii", 1, 0))
             piece = self.again * (PIECE // max(1, len(self.again)))
             try:
                 client.sendall(self.first)
@@ -47,9 +54,9 @@ def limit_memory():
 
 
 class HostileServer(unittest.TestCase):
-    def call(self, first, again=b""):
+    def call(self, first, again=b"", listens=True):
         """One product list; answers how many bytes the server got rid of behind `first`."""
-        server = Server(first, again)
+        server = Server(first, again, listens)
         with tempfile.NamedTemporaryFile("w", suffix=".txt") as key:
             key.write(kest_host.OTHER_KEY)
             key.flush()
@@ -82,6 +89,11 @@ class HostileServer(unittest.TestCase):
 
     def test_a_body_without_length_and_without_end(self):
         self.assertLess(self.call(b"HTTP/1.0 200 OK\r\n\r\n", b"A"), 64 << 20)
+
+    def test_a_connection_that_is_reset_while_the_request_is_sent(self):
+        for reply in (b"", b"HTTP/1.0 200 OK\r\nContent-Length: 4\r\n\r\nAAAA"):
+            for _ in range(5):
+                self.call(reply, listens=False)
 
 
 if __name__ == "__main__":

@@ -18,8 +18,12 @@ std::string Redirect(const std::string& location) {
   return Head("HTTP/1.0 302 Found", "Location: {location}" + location);
 }
 
-std::string Timeout() { return "HTTP/1.0 408 Request Timeout\r\nX{closed}: y\r\n\r\n{reset}"; }
-std::string LengthRequired() { return "HTTP/1.0 411 Length Required\r\nX{closed}: y\r\n\r\n{reset}"; }
+std::string Timeout() {
+  return "HTTP/1.0 408 Request Timeout\r\nX{closed}: y\r\n\r\n{reset}";
+}
+std::string LengthRequired() {
+  return "HTTP/1.0 411 Length Required\r\nX{closed}: y\r\n\r\n{reset}";
+}
 
 std::vector<std::string> Repeated(int count, const std::string& text, std::vector<std::string> last = {}) {
   std::vector<std::string> all(static_cast<std::size_t>(count), text);
@@ -34,7 +38,9 @@ std::vector<std::string> Attempts(int further, const std::string& target) {
 }
 
 // Cut, an absolute path is a shorter one.
-Target FollowedPath(const std::string& location) { return "10.0.0.1:8080 " + location; }
+Target FollowedPath(const std::string& location) {
+  return "10.0.0.1:8080 " + location;
+}
 
 // Of "http://10.5.5.5:99/x": a word without a colon is a relative path; an address that is not whole leads nowhere.
 Target FollowedUrl(const std::string& location) {
@@ -64,7 +70,9 @@ RowText Followed(const char* name, const std::string& status) {
   return {name, {stream, "{reply}"}, good, {start, "10.0.0.1:8080 /elsewhere"}, FollowedPath};
 }
 
-RowText Standing(const char* name, const std::string& stream) { return {name, {stream, "{reply}"}, failed}; }
+RowText Standing(const char* name, const std::string& stream) {
+  return {name, {stream, "{reply}"}, failed};
+}
 
 }  // namespace
 
@@ -109,7 +117,8 @@ const std::vector<RowText>& AttemptRows() {
       {"LengthRequiredEightTimes", Repeated(8, LengthRequired(), {"{reply}"}), good, Attempts(8, start)},
       // A proxy that keeps the connection: the next request goes out on it, behind the rest of the first reply.
       {"RedirectOnKeptConnection",
-       {"HTTP/1.0 302 Found\r\nContent-Length: 3\r\nProxy-Connection: Keep-Alive\r\nLocation: x\r\n\r\nabc{next}{reply}"},
+       {"HTTP/1.0 302 Found\r\nContent-Length: 3\r\nProxy-Connection: Keep-Alive\r\nLocation: x\r\n\r\nabc"
+        "{next}{reply}"},
        good,
        {proxied, "same http://shop.example:8080/x"},
        nullptr,

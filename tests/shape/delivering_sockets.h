@@ -29,7 +29,8 @@ class DeliveringSockets : public ForwardingSystem {
  public:
   using ForwardingSystem::ForwardingSystem;
 
-  // Begins a conversation: the n-th accepted connection gets the n-th stream, delivered in the n-th way. Both outlive it.
+  // Begins a conversation: the n-th accepted connection gets the n-th stream, delivered in the n-th way. Both outlive
+  // it.
   void Begin(const std::vector<Stream>& streamsToSend, const std::vector<Delivery>& waysToSend);
 
   // Each request as "ADDRESS:PORT TARGET", one on a connection that carried another before as "same TARGET".

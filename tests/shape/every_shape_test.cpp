@@ -1,6 +1,6 @@
 // Does the outcome of a call depend on how its replies arrive? Each reply, good or bad, to each message comes whole, in
-// pieces of every size, split at every place, and cut at every byte, then closed or reset. deliveries.txt holds how many
-// that are at the least.
+// pieces of every size, split at every place, and cut at every byte, then closed or reset. deliveries.txt holds how
+// many that are at the least.
 #include <gtest/gtest.h>
 #include <kestapi.h>
 
@@ -56,7 +56,8 @@ class EveryShape : public ::testing::Test {
 
   void Expect(const Outcome& expected, const Outcome& seen, const ReplyRow& row, const std::string& way) {
     if (expected.seen == seen.seen && expected.attempts == seen.attempts) return;
-    ADD_FAILURE() << row.name << " " << way << ":\n" << ::testing::PrintToString(seen) << "\nbut expected\n"
+    ADD_FAILURE() << row.name << " " << way << ":\n"
+                  << ::testing::PrintToString(seen) << "\nbut expected\n"
                   << ::testing::PrintToString(expected);
   }
 

@@ -1,14 +1,16 @@
 // What can a server do to its client? Each of these calls ends, fails with the exchange's code, and gives everything
 // back.
+#include "api/export_support.h"
 #include "shape/hostile_fixture.h"
+#include "store/receipt_paths.h"
 
 namespace kest::testing {
 namespace {
 
 using HostilePeer = HostileTest;
 
-constexpr std::size_t budget = 2u << 20;    // bytes
-constexpr std::size_t slack = 64u << 10;    // bytes: what a call takes whatever the server says
+constexpr std::size_t budget = 2u << 20;  // bytes
+constexpr std::size_t slack = 64u << 10;  // bytes: what a call takes whatever the server says
 constexpr char okHead[] = "HTTP/1.0 200 OK\r\n";
 
 TEST_F(HostilePeer, WhatNeverEndsIsAFailedExchangeWhenMemoryRunsOut) {
@@ -27,7 +29,25 @@ TEST_F(HostilePeer, WhatNeverEndsIsAFailedExchangeWhenMemoryRunsOut) {
       EXPECT_EQ(KEST_ERROR_EXCHANGE, Fetch());
       EXPECT_GT(memory.Peak(), budget / 4) << "it was memory that ended it";
     });
+    sockets.peers = {{honest[0]}, {honest[1]}};
+    EXPECT_EQ(0, Fetch()) << "the next call is as good as the first";
   }
+}
+
+TEST_F(HostilePeer, SaleThatNeverGetsItsReplyKeepsItsOrderAndLeavesNoReceipt) {
+  KestCheckout* checkout = KestCreateCheckout();
+  KestAddOrderLine(checkout, 1042, 1);
+  memory.budget = memory.Live() + budget;
+  ForEachMessage({okHead, "a: b\r\n"}, [&] {
+    EXPECT_EQ(nullptr, KestBillCustomer(checkout));
+    EXPECT_EQ(KEST_ERROR_EXCHANGE, KestGetErrorCode(KEST_FIELDS(checkout)));
+    EXPECT_EQ(1u, FromHandle(checkout)->Order().Count());
+    EXPECT_FALSE(registry.Has(std::string("HKCU\\") + receiptsPath));
+  });
+  sockets.peers = {{honest[0]}, {honest[1]}};
+  EXPECT_NE(nullptr, KestBillCustomer(checkout));
+  EXPECT_TRUE(registry.Has(std::string("HKCU\\") + receiptsPath));
+  KestDestroyCheckout(checkout);
 }
 
 TEST_F(HostilePeer, LineEndsWithoutEndCostNoMemory) {

@@ -13,7 +13,9 @@ RowText Length(const char* name, const std::string& value, const char* seen) {
 const std::vector<RowText>& LengthRows() {
   static const std::vector<RowText> rows = {
       {"LengthMissing", {"HTTP/1.0 200 OK\r\nServer: x\r\n\r\n{body}"}, failed},
-      {"ChunksInsteadOfLength", {"HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n4\r\nabcd\r\n0\r\n\r\n"}, failed},
+      {"ChunksInsteadOfLength",
+       {"HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n4\r\nabcd\r\n0\r\n\r\n"},
+       failed},
       Length("LengthWithLeadingZeros", "000{length}", good),
       // The number is taken modulo 2^32.
       Length("LengthWrapsToTheRightOne", "{wrapped}", good),

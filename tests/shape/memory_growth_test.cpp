@@ -16,7 +16,8 @@ struct Kind {
   double allocated;
   std::int32_t code;
   // The replies of a call that takes about so many bytes.
-  std::function<std::vector<std::string>(const std::vector<std::string>& honest, SealedServer&, std::size_t bytes)> make;
+  std::function<std::vector<std::string>(const std::vector<std::string>& honest, SealedServer&, std::size_t bytes)>
+      make;
 };
 
 std::string Repeated(const std::string& text, std::size_t bytes) {
@@ -27,20 +28,23 @@ std::string Repeated(const std::string& text, std::size_t bytes) {
 
 Kind InHead(const char* name, double held, double allocated, const std::string& text,
             const std::string& before = "HTTP/1.0 200 OK\r\n") {
-  return {name, held, allocated, KEST_ERROR_EXCHANGE, [=](const auto&, auto&, std::size_t bytes) -> std::vector<std::string> {
+  return {name, held, allocated, KEST_ERROR_EXCHANGE,
+          [=](const auto&, auto&, std::size_t bytes) -> std::vector<std::string> {
             return {before + Repeated(text, bytes)};
           }};
 }
 
 Kind InBody(const char* name, double held, double allocated, const std::string& text) {
-  return {name, held, allocated, KEST_ERROR_EXCHANGE, [=](const auto& honest, auto&, std::size_t bytes) -> std::vector<std::string> {
+  return {name, held, allocated, KEST_ERROR_EXCHANGE,
+          [=](const auto& honest, auto&, std::size_t bytes) -> std::vector<std::string> {
             return {honest[0], SealedServer::Http(Repeated(text, bytes))};
           }};
 }
 
 // A valid sealed reply; a byte of its text is 4/3 bytes on the way.
 Kind Sealed(const char* name, double held, double allocated, const std::string& begin, const std::string& text) {
-  return {name, held, allocated, KEST_ERROR_NONE, [=](const auto& honest, auto& server, std::size_t bytes) -> std::vector<std::string> {
+  return {name, held, allocated, KEST_ERROR_NONE,
+          [=](const auto& honest, auto& server, std::size_t bytes) -> std::vector<std::string> {
             std::string whole = SealedServer::TextOf(HonestFields(server));
             whole = whole.substr(0, whole.size() - 2) + begin + Repeated(text, bytes * 3 / 4) + "\r\n\r\n";
             return {honest[0], server.Seal(SealedServer::DigestOf(whole) + whole + '\0')};

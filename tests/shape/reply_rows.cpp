@@ -8,7 +8,9 @@ namespace {
 constexpr char atServer[] = "10.0.0.1:8080 /GetProductList";
 constexpr char throughProxy[] = "10.1.1.1:3128 http://shop.example:8080/GetProductList";
 
-std::string BodyOf(const std::string& http) { return http.substr(http.find("\r\n\r\n") + 4); }
+std::string BodyOf(const std::string& http) {
+  return http.substr(http.find("\r\n\r\n") + 4);
+}
 
 std::string Replaced(std::string text, const std::string& mark, const std::string& by) {
   for (std::size_t at = 0; (at = text.find(mark, at)) != std::string::npos; at += by.size()) {

@@ -37,11 +37,11 @@ struct ReplyRow {
   Call call = Call::list;
   bool isHandshake = false;
   bool isProxied = false;
-  std::vector<Stream> streams;        // of all messages
-  std::size_t firstStream = 0;        // of the message that the row is about
-  std::size_t streamCount = 1;        // of that message
+  std::vector<Stream> streams;  // of all messages
+  std::size_t firstStream = 0;  // of the message that the row is about
+  std::size_t streamCount = 1;  // of that message
   std::string seen;
-  std::vector<std::string> attempts;  // of all messages
+  std::vector<std::string> attempts;               // of all messages
   std::vector<std::size_t> closedFrom, resetFrom;  // of each of its streams, in bytes
   std::size_t locationAt = 0;
   std::function<std::optional<std::string>(const std::string& location)> followed;

@@ -8,7 +8,9 @@
 namespace kest::testing {
 namespace {
 
-std::string BodyOf(const std::string& http) { return http.substr(http.find("\r\n\r\n") + 4); }
+std::string BodyOf(const std::string& http) {
+  return http.substr(http.find("\r\n\r\n") + 4);
+}
 
 std::string DigestWithoutZeroByte(const std::string& text) {
   AlgorithmObject* digest = nullptr;
@@ -82,7 +84,8 @@ void AddBase64(Collector& add, SealedServer& server) {
   const std::size_t half = body.size() / 2;
   const auto both = [&](const char* name, const std::string& text, bool isGood) {
     add.Http(name, true, SealedServer::Http(text), isGood ? good : failed);
-    add.Http(name, false, SealedServer::Http(text), isGood ? (text.back() == '=' ? "done" + z + " [SKU=1]" : good) : failed);
+    add.Http(name, false, SealedServer::Http(text),
+             isGood ? (text.back() == '=' ? "done" + z + " [SKU=1]" : good) : failed);
   };
   both("Padded", padded, true);
   both("PadMissing", padded.substr(0, padded.size() - 2), false);
@@ -205,7 +208,8 @@ void AddProducts(Collector& add) {
 }
 
 void AddSales(Collector& add) {
-  const Fields sold = {{"KEST-Error", "0"}, {"KEST-TxN", "T-7"}, {"KEST-TotalAmount", "21.95"}, {"KEST-TaxAmount", "2.00"}};
+  const Fields sold = {
+      {"KEST-Error", "0"}, {"KEST-TxN", "T-7"}, {"KEST-TotalAmount", "21.95"}, {"KEST-TaxAmount", "2.00"}};
   const std::string fields = " KEST-TxN=T-7 KEST-TotalAmount=21.95 KEST-TaxAmount=2.00";
   add.Reply("SaleDone", sold, "done KEST-Error=0" + fields + " receipt", Call::sale);
   add.Reply("SaleWithoutError", Fields(sold.begin() + 1, sold.end()), "done" + fields + " receipt", Call::sale);

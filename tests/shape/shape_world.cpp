@@ -33,7 +33,9 @@ std::string Products(KestProductList* list) {
   return text;
 }
 
-std::string Failure(KestFieldSet* set) { return std::to_string(KestGetErrorCode(set)); }
+std::string Failure(KestFieldSet* set) {
+  return std::to_string(KestGetErrorCode(set));
+}
 
 // With one order line and a transaction of before.
 KestCheckout* MakeCheckout() {
