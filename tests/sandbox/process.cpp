@@ -28,16 +28,19 @@ struct Pipe {
 
 }  // namespace
 
-Process::Process(const std::vector<std::string>& arguments) {
+Process::Process(const std::vector<std::string>& arguments, const std::string& before) {
   const Pipe out;
   const Pipe err;
   posix_spawn_file_actions_t actions;
   posix_spawn_file_actions_init(&actions);
   posix_spawn_file_actions_adddup2(&actions, out.ends[1], 1);
   posix_spawn_file_actions_adddup2(&actions, err.ends[1], 2);
-  std::string program = KEST_SANDBOX_PROGRAM;
-  std::vector<char*> words = {program.data()};
-  for (const std::string& argument : arguments) words.push_back(const_cast<char*>(argument.c_str()));
+  std::vector<std::string> line = {KEST_SANDBOX_PROGRAM};
+  if (!before.empty()) line = {"/bin/sh", "-c", before + " && exec \"$0\" \"$@\"", KEST_SANDBOX_PROGRAM};
+  line.insert(line.end(), arguments.begin(), arguments.end());
+  const std::string program = line.front();
+  std::vector<char*> words;
+  for (std::string& word : line) words.push_back(word.data());
   words.push_back(nullptr);
   const int result = ::posix_spawn(&id, program.c_str(), &actions, nullptr, words.data(), environ);
   posix_spawn_file_actions_destroy(&actions);
@@ -79,11 +82,27 @@ std::string Process::ReadLine() {
   }
 }
 
-bool Process::WaitForLog(const std::string& text) {
-  while (log.find(text) == std::string::npos) {
-    if (!ReadMore(logFile, log)) return false;
+bool Process::WaitForLog(const std::string& text, int times) {
+  std::size_t from = 0;
+  while (times > 0) {
+    const std::size_t found = log.find(text, from);
+    if (found != std::string::npos) {
+      from = found + text.size();
+      times--;
+    } else if (!ReadMore(logFile, log)) {
+      return false;
+    }
   }
   return true;
+}
+
+std::size_t Process::MostMegabytes() const {
+  std::ifstream status("/proc/" + std::to_string(id) + "/status");
+  for (std::string word; status >> word;) {
+    std::size_t kilobytes = 0;
+    if (word == "VmHWM:" && status >> kilobytes) return kilobytes / 1024;
+  }
+  throw std::runtime_error("cannot read the memory of the process");
 }
 
 bool Process::HoldsInMemory(const std::string& text) const {

@@ -11,8 +11,9 @@ namespace sandboxtest {
 
 class Process {
  public:
-  /// Starts the sandbox program with these arguments.
-  explicit Process(const std::vector<std::string>& arguments);
+  /// Starts the sandbox program with these arguments; `before`, when it is not empty, are words of the shell that run
+  /// first, such as "ulimit -n 60".
+  explicit Process(const std::vector<std::string>& arguments, const std::string& before = "");
   ~Process();
   Process(const Process&) = delete;
   Process& operator=(const Process&) = delete;
@@ -20,8 +21,8 @@ class Process {
   /// Returns the next line of stdout without its end; empty when none comes.
   std::string ReadLine();
 
-  /// Reads stderr until that text has appeared in it; false when it does not appear.
-  bool WaitForLog(const std::string& text);
+  /// Reads stderr until that text has appeared in it so many times; false when it does not.
+  bool WaitForLog(const std::string& text, int times = 1);
 
   void Signal(int number);
 
@@ -29,6 +30,9 @@ class Process {
 
   /// Tells whether the text stands anywhere in the memory that the process can write.
   bool HoldsInMemory(const std::string& text) const;
+
+  /// Returns the most memory that the process has had so far, in megabytes.
+  std::size_t MostMegabytes() const;
 
   /// Waits for the end; returns the exit code, 1000 plus the number of the signal that ended it, or -1 when it does not
   /// end. Afterwards Output and Log hold all that it wrote.

@@ -1,23 +1,14 @@
 // Does the program keep every sale that it answered, and no card number, whatever happens to it?
+#include "sandbox/selling.h"
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <signal.h>
-#include <sys/resource.h>
 
-#include <algorithm>
-#include <atomic>
-#include <condition_variable>
 #include <filesystem>
 #include <fstream>
-#include <map>
-#include <mutex>
-#include <nlohmann/json.hpp>
-#include <optional>
-#include <thread>
 
 #include "database.h"
-#include "sandbox/process.h"
-#include "sandbox/test_client.h"
 
 namespace sandboxtest {
 namespace {
@@ -25,128 +16,9 @@ namespace {
 using ::testing::HasSubstr;
 using ::testing::Not;
 
-constexpr const char* goodCard = "4111111111111111";
-
-Fields OrderOf(const std::string& card, int quantity = 1) {
-  return {{"KEST-CCard-Number", card}, {"KEST-Product", "SKU:7^Quantity:" + std::to_string(quantity)}};
-}
-
 std::string FileBytes(const std::filesystem::path& path) {
   std::ifstream file(path, std::ios::binary);
   return {std::istreambuf_iterator<char>(file), {}};
-}
-
-class Selling : public ::testing::Test {
- protected:
-  void SetUp() override {
-    ASSERT_EQ(Process({"init", shop}).Wait(), 0);
-    Start();
-  }
-
-  void Start() {
-    serve.emplace(std::vector<std::string>{"serve", shop, "--verbose"});
-    const nlohmann::json ready = nlohmann::json::parse(serve->ReadLine());
-    port = ready["port"];
-    key = ready["key"];
-  }
-
-  TestClient Client() const { return TestClient(port, key); }
-
-  std::string ErrorCodeOf(const std::string& service, const Fields& request) const {
-    return Value(Client().Call(service, request).value_or(Fields()), "KEST-Error");
-  }
-
-  // Lets the program write no file beyond that many bytes.
-  void LimitFiles(rlim_t bytes) {
-    const rlimit limit = {bytes, RLIM_INFINITY};
-    ASSERT_EQ(::prlimit(serve->Id(), RLIMIT_FSIZE, &limit, nullptr), 0);
-  }
-
-  TemporaryFolder folder;
-  const std::string shop = folder / "shop";
-  std::optional<Process> serve;
-  std::uint16_t port = 0;
-  std::string key;
-};
-
-// Sells from several clients at the same time until the server is gone, and writes down what was answered.
-class Load {
- public:
-  Load(int clientCount, const TestClient& model) {
-    for (int i = 0; i < clientCount; i++) {
-      threads.emplace_back([this, model, i] { SellUntilGone(model, i); });
-    }
-  }
-
-  ~Load() { WaitForEnd(); }
-
-  void WaitForAnswers(std::size_t count) {
-    std::unique_lock<std::mutex> lock(mutex);
-    answered.wait_for(lock, std::chrono::seconds(60), [&] { return answers.size() >= count || broken; });
-  }
-
-  /// Announces that the server will be gone: until then each call must be answered.
-  void ExpectEnd() { ending = true; }
-
-  void WaitForEnd() {
-    for (std::thread& thread : threads) {
-      if (thread.joinable()) thread.join();
-    }
-  }
-
-  // Number of transaction and total of each answer; only whole when the threads have ended.
-  std::vector<std::pair<std::string, std::string>> answers;
-  std::atomic<bool> broken{false};
-
- private:
-  void SellUntilGone(TestClient client, int seed) {
-    for (int sale = 0;; sale++) {
-      const std::optional<Fields> reply = client.Call("BillCustomer", OrderOf(goodCard, 1 + seed * 1000 + sale));
-      if (!reply || Value(*reply, "KEST-Error") != "0") {
-        if (!ending) broken = true;
-        answered.notify_all();
-        return;
-      }
-      const std::lock_guard<std::mutex> lock(mutex);
-      answers.emplace_back(Value(*reply, "KEST-TxN"), Value(*reply, "KEST-TotalAmount"));
-      answered.notify_all();
-    }
-  }
-
-  std::mutex mutex;
-  std::condition_variable answered;
-  std::atomic<bool> ending{false};
-  std::vector<std::thread> threads;
-};
-
-TEST_F(Selling, NothingAnsweredIsLostWhenTheProgramIsKilledUnderLoad) {
-  constexpr std::size_t clients = 4;
-  Load load(clients, Client());
-  load.WaitForAnswers(60);
-  load.ExpectEnd();
-  serve->Signal(SIGKILL);
-  load.WaitForEnd();
-  EXPECT_EQ(serve->Wait(), 1000 + SIGKILL);
-  EXPECT_FALSE(load.broken) << "a sale failed before the server was killed";
-  ASSERT_GE(load.answers.size(), 60u);
-
-  Start();
-  std::map<std::string, std::string> found;
-  for (const auto& [number, total] : load.answers) {
-    EXPECT_TRUE(found.emplace(number, total).second) << number << " was given twice";
-    const Fields bill = Client().Call("GetBill", {{"KEST-TxN", number}}).value_or(Fields());
-    EXPECT_EQ(Value(bill, "KEST-Error"), "0") << number;
-    EXPECT_EQ(Value(bill, "KEST-TxN"), number);
-    EXPECT_EQ(Value(bill, "KEST-TotalAmount"), total) << number;
-  }
-  sandbox::Database database(shop + "/sales.db", 1000);
-  sandbox::Statement count(database, "SELECT count(*) FROM sales");
-  ASSERT_TRUE(count.Step());
-  // What was recorded and not answered any more: one sale of each client at the most.
-  EXPECT_LE(count.Integer(0), static_cast<std::int64_t>(load.answers.size() + clients));
-  const Fields next = Client().Call("BillCustomer", OrderOf(goodCard)).value_or(Fields());
-  EXPECT_EQ(Value(next, "KEST-Error"), "0");
-  EXPECT_EQ(found.count(Value(next, "KEST-TxN")), 0u);
 }
 
 TEST_F(Selling, NoFileAndNoLogHoldsTheNumberOfACard) {
