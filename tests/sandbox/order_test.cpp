@@ -183,5 +183,13 @@ TEST(PriceOrder, ManyLinesOfTheLargestAmountAreTooLargeAndNothingElse) {
   EXPECT_EQ(CodeOf(Order(std::vector<std::string>(3000, "SKU:4294967295^Quantity:65535"))), 1204);
 }
 
+// 184467441 times 999999999.99 is 2^64 cents and 261059809.43 more: a sum of 64 bits that is looked at only at its end
+// would be a small amount.
+TEST(PriceOrder, SumThatWouldBeginAnewIsTooLargeBeforeItDoes) {
+  std::vector<std::string> lines(2814, "SKU:21^Quantity:65535");
+  lines.emplace_back("SKU:21^Quantity:51951");
+  EXPECT_EQ(CodeOf(Order(lines)), 1204);
+}
+
 }  // namespace
 }  // namespace sandboxtest
