@@ -8,10 +8,12 @@
 #include <boost/beast/http/read.hpp>
 #include <boost/beast/http/string_body.hpp>
 #include <boost/beast/http/write.hpp>
+#include <functional>
 #include <optional>
 #include <stdexcept>
 
 #include "listening.h"
+#include "server_limits.h"
 
 namespace sandbox {
 
@@ -21,27 +23,19 @@ namespace http = boost::beast::http;
 using Tcp = asio::ip::tcp;
 using Error = boost::system::error_code;
 
-namespace {
-
-constexpr std::uint32_t longestHead = 16 * 1024;  // bytes
-constexpr std::uint64_t longestBody = 64 * 1024;  // bytes
-constexpr std::chrono::seconds clientTime{30};
-// How long it reads on after its reply. A socket closed while unread bytes wait is reset, and a reset can overtake a
-// reply that the client has not read yet.
-constexpr std::chrono::seconds drainTime{2};
-
-}  // namespace
-
 /// Reads a request, has it answered, writes the reply, closes. Keeps itself alive while an operation is under way.
 class AdminConnection : public std::enable_shared_from_this<AdminConnection> {
  public:
-  AdminConnection(Tcp::socket connected, AdminRoutes& served) : stream(std::move(connected)), routes(served) {
-    parser.header_limit(longestHead);
-    parser.body_limit(longestBody);
+  AdminConnection(Tcp::socket connected, AdminRoutes& served, std::function<void(AdminConnection*)> whenOver)
+      : stream(std::move(connected)), routes(served), over(std::move(whenOver)) {
+    parser.header_limit(longestAdminHead);
+    parser.body_limit(longestAdminBody);
   }
 
+  ~AdminConnection() { over(this); }
+
   void Start() {
-    stream.expires_after(clientTime);
+    stream.expires_after(adminTime);
     http::async_read(stream, buffer, parser,
                      [self = shared_from_this()](Error error, std::size_t) { self->OnRequest(error); });
   }
@@ -81,7 +75,7 @@ class AdminConnection : public std::enable_shared_from_this<AdminConnection> {
     reply.keep_alive(false);
     reply.body() = std::move(answer.json);
     reply.prepare_payload();
-    stream.expires_after(clientTime);
+    stream.expires_after(adminTime);
     http::async_write(stream, reply, [self = shared_from_this()](Error error, std::size_t) {
       if (error) return;
       Error ignored;
@@ -100,6 +94,7 @@ class AdminConnection : public std::enable_shared_from_this<AdminConnection> {
 
   beast::tcp_stream stream;
   AdminRoutes& routes;
+  const std::function<void(AdminConnection*)> over;
   beast::flat_buffer buffer;
   http::request_parser<http::string_body> parser;
   http::response<http::string_body> reply;
@@ -108,6 +103,10 @@ class AdminConnection : public std::enable_shared_from_this<AdminConnection> {
 
 AdminServer::AdminServer(asio::io_context& runner, AdminRoutes& served, std::shared_ptr<spdlog::logger> itsLog)
     : acceptor(runner), pause(runner), routes(served), log(std::move(itsLog)) {}
+
+AdminServer::~AdminServer() {
+  *self = nullptr;
+}
 
 std::uint16_t AdminServer::Listen(const std::string& address, std::uint16_t port) {
   Error error;
@@ -122,12 +121,17 @@ std::uint16_t AdminServer::Listen(const std::string& address, std::uint16_t port
 }
 
 void AdminServer::Accept() {
+  if (accepting || !acceptor.is_open() || connections.size() >= mostAdminConnections) return;
+  accepting = true;
   acceptor.async_accept([this](Error error, Tcp::socket socket) {
+    accepting = false;
     if (error == asio::error::operation_aborted || !acceptor.is_open()) return;
     if (!error) {
-      for (auto at = connections.begin(); at != connections.end();) at = at->expired() ? connections.erase(at) : ++at;
-      const auto connection = std::make_shared<AdminConnection>(std::move(socket), routes);
-      connections.insert(connection);
+      const auto over = [server = self](AdminConnection* gone) {
+        if (*server) (*server)->OnOver(gone);
+      };
+      const auto connection = std::make_shared<AdminConnection>(std::move(socket), routes, over);
+      connections.insert(connection.get());
       connection->Start();
       return Accept();
     }
@@ -140,13 +144,16 @@ void AdminServer::Accept() {
   });
 }
 
+void AdminServer::OnOver(AdminConnection* connection) {
+  connections.erase(connection);
+  Accept();
+}
+
 void AdminServer::Stop() {
   Error ignored;
   acceptor.close(ignored);
   pause.cancel();
-  for (const auto& weak : connections) {
-    if (const auto connection = weak.lock()) connection->Close();
-  }
+  for (AdminConnection* connection : connections) connection->Close();
 }
 
 }  // namespace sandbox

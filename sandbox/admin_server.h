@@ -23,6 +23,7 @@ class AdminConnection;
 class AdminServer {
  public:
   AdminServer(boost::asio::io_context& runner, AdminRoutes& served, std::shared_ptr<spdlog::logger> itsLog);
+  ~AdminServer();
 
   /// Listens on a loopback address; port 0 takes a free one. Returns the port. Throws std::runtime_error with the
   /// reason in words, also when the address is not a loopback address.
@@ -33,12 +34,16 @@ class AdminServer {
 
  private:
   void Accept();
+  void OnOver(AdminConnection* connection);
 
   boost::asio::ip::tcp::acceptor acceptor;
   boost::asio::steady_timer pause;
   AdminRoutes& routes;
   const std::shared_ptr<spdlog::logger> log;
-  std::set<std::weak_ptr<AdminConnection>, std::owner_less<>> connections;
+  std::set<AdminConnection*> connections;  // each takes itself out when it is destroyed
+  bool accepting = false;
+  // What connections call when they end, which may be after this object: they live as long as the io_context.
+  const std::shared_ptr<AdminServer*> self = std::make_shared<AdminServer*>(this);
 };
 
 }  // namespace sandbox

@@ -6,6 +6,7 @@
 #include "log_text.h"
 #include "masking.h"
 #include "refusal.h"
+#include "server_limits.h"
 #include "wipe.h"
 
 namespace sandbox {
@@ -44,7 +45,8 @@ void CheckHandshakeFields(const FieldList& fields) {
 }
 
 void CheckHandshakePath(std::string_view path) {
-  if (path.size() < 2 || path.find('?') != std::string_view::npos) throw Refused(Refusal::HandshakePath);
+  const bool isService = path.size() >= 2 && path.size() <= longestServicePath;
+  if (!isService || path.find('?') != std::string_view::npos) throw Refused(Refusal::HandshakePath);
 }
 
 SessionKey ReadClientKey(const FieldList& fields) {

@@ -61,6 +61,10 @@ extern const std::size_t faultKindCount;
 /// How many answers a fault gives at most whose status makes a client try again without a limit of its own.
 constexpr std::uint64_t mostEndlessAnswers = 100;
 
+/// How many faults wait at most, and of how much JSON altogether.
+constexpr std::size_t mostFaults = 1000;
+constexpr std::size_t mostFaultBytes = 1024 * 1024;
+
 /// Returns the name that a kind has in JSON and in the log.
 const char* FaultKindName(FaultKind kind);
 

@@ -21,6 +21,15 @@ std::vector<std::string> FaultPlan::Kinds() const {
 }
 
 void FaultTable::Append(std::vector<Fault> further) {
+  std::size_t bytes = 0;
+  for (const std::vector<Fault>* some : {&waiting, &further}) {
+    for (const Fault& fault : *some) bytes += fault.asked.size();
+  }
+  if (waiting.size() + further.size() > mostFaults || bytes > mostFaultBytes) {
+    throw FaultError("more would wait than " + std::to_string(mostFaults) + " faults or " +
+                     std::to_string(mostFaultBytes) +
+                     " bytes of JSON; let some be applied, or forget all with a reset");
+  }
   for (Fault& fault : further) {
     fault.id = ++lastId;
     waiting.push_back(std::move(fault));

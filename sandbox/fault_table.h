@@ -25,7 +25,8 @@ struct FaultPlan {
 
 class FaultTable {
  public:
-  /// Takes further faults, behind those that wait already.
+  /// Takes further faults, behind those that wait already. Throws FaultError and takes none when more would wait than
+  /// may.
   void Append(std::vector<Fault> further);
 
   /// Forgets all faults.

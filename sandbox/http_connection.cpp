@@ -11,16 +11,13 @@
 
 #include "log_text.h"
 #include "masking.h"
+#include "server_limits.h"
 
 namespace sandbox {
 namespace {
 
 namespace asio = boost::asio;
 namespace http = boost::beast::http;
-
-// How long the server reads on after its reply. A socket closed while unread bytes wait is reset, and a reset can
-// overtake a reply that the client has not read yet.
-constexpr std::chrono::milliseconds drainTime{2000};
 
 // Tells of a head that CheckHead has passed and that still fails the parser, where only the parser looks.
 bool IsMalformed(const boost::system::error_code& error) {
@@ -51,6 +48,7 @@ HttpConnection::HttpConnection(Tcp::socket connected, ConnectionContext& shared,
 }
 
 HttpConnection::~HttpConnection() {
+  context.bodiesHeld -= held;
   over(this);
 }
 
@@ -87,8 +85,19 @@ void HttpConnection::OnHead(Error error, std::size_t length) {
     return Refuse(refused.refusal);
   }
   if (head->contentLength > context.limits.maxBody) return Refuse(Refusal::BodyTooLarge);
+  if (!HoldBody()) return Refuse(Refusal::BodiesTooLarge);
   context.log->debug("{}: head read, {} bytes of body announced", About(), head->contentLength);
   ReadBody();
+}
+
+// What a body brings with it, up to the reply, stays in memory as long as the connection. It is counted by what is
+// announced, because afterwards it would be too late to refuse it.
+bool HttpConnection::HoldBody() {
+  if (head->contentLength <= smallBody) return true;
+  if (context.bodiesHeld + head->contentLength > bodiesAtOnce * context.limits.maxBody) return false;
+  held = head->contentLength;
+  context.bodiesHeld += held;
+  return true;
 }
 
 void HttpConnection::ReadBody() {

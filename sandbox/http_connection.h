@@ -28,6 +28,7 @@ struct ConnectionContext {
   FaultTable* faults;    // null: none are ever applied
   RequestLog* requests;  // null: requests are not remembered
   bool stopping = false;
+  std::size_t bodiesHeld = 0;  // bytes that open connections have announced in bodies that are not small
 };
 
 class HttpConnection : public std::enable_shared_from_this<HttpConnection> {
@@ -51,6 +52,7 @@ class HttpConnection : public std::enable_shared_from_this<HttpConnection> {
  private:
   void ReadHead();
   void OnHead(Error error, std::size_t length);
+  bool HoldBody();
   void ReadBody();
   void OnBody(Error error);
   void FindFaults();
@@ -84,6 +86,7 @@ class HttpConnection : public std::enable_shared_from_this<HttpConnection> {
   FaultPlan plan;
   std::optional<RequestRecord> record;  // nothing when requests are not remembered
   ReplyBytes reply;
+  std::size_t held = 0;  // this connection's part of the context's
 
   bool begun = false;     // something has arrived
   bool replying = false;  // the request is decided; from here on a timeout just closes

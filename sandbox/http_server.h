@@ -21,9 +21,9 @@ namespace sandbox {
 class AdminRoutes;
 
 struct HttpLimits {
-  std::size_t maxHead = 64 * 1024;              // bytes
+  std::size_t maxHead = 16 * 1024;              // bytes
   std::size_t maxBody = 32 * 1024 * 1024;       // bytes
-  std::size_t maxConnections = 64;              // more wait in the system's queue until one ends
+  std::size_t maxConnections = 1024;            // more wait in the system's queue until one ends
   std::chrono::milliseconds clientTime{30000};  // for the whole request to arrive, and again for the reply to be taken
 };
 

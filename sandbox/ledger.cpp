@@ -4,14 +4,12 @@
 #include <filesystem>
 
 #include "files.h"
+#include "server_limits.h"
 
 namespace sandbox {
 namespace {
 
 constexpr std::int64_t schemaVersion = 1;
-
-// For as long as this another program may hold the file; the clients of the server wait with it.
-constexpr int lockMilliseconds = 1000;
 
 // AUTOINCREMENT keeps the last number apart from the rows, so that deleting them gives none of their numbers free.
 constexpr const char* schema = R"(

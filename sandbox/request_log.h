@@ -28,10 +28,11 @@ struct RequestRecord {
 class RequestLog {
  public:
   static constexpr std::size_t most = 1000;  // requests
+  static constexpr std::size_t mostBytes = 16 * 1024 * 1024;
 
-  /// Makes a log that drops its oldest requests when their texts take more than that many bytes together; the newest
+  /// Makes a log that drops its oldest requests when their texts take more than `limit` bytes together; the newest
   /// one is always kept.
-  explicit RequestLog(std::size_t mostBytes = 64 * 1024 * 1024) : byteLimit(mostBytes) {}
+  explicit RequestLog(std::size_t limit = mostBytes) : byteLimit(limit) {}
 
   /// Adds a request, with the next number and the time of now.
   void Add(RequestRecord record);

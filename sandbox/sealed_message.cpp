@@ -9,6 +9,7 @@
 
 #include "base64.h"
 #include "refusal.h"
+#include "server_limits.h"
 #include "wipe.h"
 
 namespace sandbox {
@@ -17,8 +18,6 @@ namespace {
 constexpr std::size_t digestLength = 28;
 constexpr std::size_t blockLength = 8;
 constexpr int rounds = 20;
-// Each block costs a private operation, so a body as long as a request may be would keep the server busy for minutes.
-constexpr std::size_t longestHandshake = 4096;
 
 std::string Digest(std::string_view bytes) {
   std::string digest(CryptoPP::SHA1::DIGESTSIZE, '\0');
@@ -47,6 +46,9 @@ FieldList OpenText(std::string_view message) {
   if (digest != DigestOfText(text)) {
     throw Refused(digest == Digest(text) ? Refusal::DigestWithoutZero : Refusal::Digest);
   }
+  // Each of them takes many times the five bytes of an empty one.
+  const auto lines = static_cast<std::size_t>(std::count(text.begin(), text.end(), '\n'));
+  if (lines > mostFields + 1) throw Refused(Refusal::FieldsTooMany);
   std::optional<FieldList> fields = ParseHeaderBlock(text);
   if (!fields) throw Refused(Refusal::HeaderBlock);
   return std::move(*fields);

@@ -12,10 +12,12 @@
 #include "admin_routes.h"
 #include "catalogue.h"
 #include "commands.h"
+#include "descriptors.h"
 #include "files.h"
 #include "http_server.h"
 #include "key_pair.h"
 #include "ledger.h"
+#include "server_limits.h"
 #include "wipe.h"
 
 namespace sandbox {
@@ -77,11 +79,11 @@ ListenAddress ParseAddress(const char* option, const std::string& text) {
   return {host, static_cast<std::uint16_t>(std::stoul(port))};
 }
 
-std::vector<Fault> LoadFaults(const std::string& file) {
-  if (file.empty()) return {};
+void LoadFaults(const std::string& file, FaultTable& faults) {
+  if (file.empty()) return;
   const std::string text = ReadFile(file);
   try {
-    return ReadFaults(text);
+    faults.Append(ReadFaults(text));
   } catch (const FaultError& error) {
     throw std::runtime_error(file + ": " + error.what());
   }
@@ -108,6 +110,19 @@ std::shared_ptr<spdlog::logger> MakeLog(bool verbose) {
   return log;
 }
 
+// Running out of file descriptors later would look like a failure of whatever needs one next.
+void FitDescriptors(HttpLimits& limits, spdlog::logger& log) {
+  const std::size_t allowed = RaiseDescriptors(limits.maxConnections + sparedDescriptors);
+  if (allowed <= sparedDescriptors) {
+    throw std::runtime_error("the process may have " + std::to_string(allowed) + " file descriptors and needs " +
+                             std::to_string(sparedDescriptors + 1) + ". Allow it more, as with \"ulimit -n\".");
+  }
+  if (allowed >= limits.maxConnections + sparedDescriptors) return;
+  limits.maxConnections = allowed - sparedDescriptors;
+  log.warn("the process may have {} file descriptors, so {} connections are served at the same time", allowed,
+           limits.maxConnections);
+}
+
 }  // namespace
 
 void Serve(const ServeOptions& options) {
@@ -118,7 +133,7 @@ void Serve(const ServeOptions& options) {
   const ListenAddress listen = ParseAddress("--listen", options.listen);
   const ListenAddress admin = hasAdmin ? ParseAddress("--admin", options.admin) : ListenAddress();
   FaultTable faults;
-  faults.Append(LoadFaults(options.faults));
+  LoadFaults(options.faults, faults);
   const KeyPair keyPair = LoadKeyPair(folder);
   const std::string publicText = keyPair.PublicText();
   CheckPublicKey(folder, publicText);
@@ -129,7 +144,10 @@ void Serve(const ServeOptions& options) {
 
   RequestLog requests;
   AdminRoutes routes({faults, requests, commerceServer, ledger});
-  HttpServer server(commerceServer, options.http, MakeLog(options.verbose), &faults, hasAdmin ? &requests : nullptr);
+  const std::shared_ptr<spdlog::logger> log = MakeLog(options.verbose);
+  HttpLimits limits = options.http;
+  FitDescriptors(limits, *log);
+  HttpServer server(commerceServer, limits, log, &faults, hasAdmin ? &requests : nullptr);
   server.StopOnSignals();
   server.Listen(listen.host, listen.port);
   std::optional<std::uint16_t> adminPort;

@@ -144,6 +144,30 @@ TEST_F(Admin, FaultsWithAMistakeAreRefusedAndNoneIsAdded) {
   EXPECT_EQ(admin.Get("/state").json["faults"], Json::array());
 }
 
+std::string ManyFaults(std::size_t count, const std::string& one) {
+  std::string list = one;
+  for (std::size_t i = 1; i < count; i++) list += "," + one;
+  return R"({"faults": [)" + list + "]}";
+}
+
+TEST_F(Admin, FaultsBeyondTheMostThatMayWaitAreRefusedAndNoneIsAdded) {
+  const std::string one = R"({"kind":"bad-padding"})";
+  EXPECT_EQ(admin.Post("/faults", ManyFaults(sandbox::mostFaults - 1, one)).json["faults"], sandbox::mostFaults - 1);
+  const AdminAnswer refused = admin.Post("/faults", ManyFaults(2, one));
+  EXPECT_EQ(refused.status, 400);
+  EXPECT_THAT(refused.json["error"], HasSubstr("more would wait than 1000 faults or 1048576 bytes of JSON"));
+  EXPECT_EQ(admin.Post("/faults", ManyFaults(1, one)).json["faults"], sandbox::mostFaults);
+  EXPECT_EQ(admin.Post("/faults", ManyFaults(1, one)).status, 400);
+}
+
+TEST_F(Admin, FaultsOfMoreJsonThanMayWaitAreRefused) {
+  const std::string large = R"({"kind":"content-length","value":")" + std::string(60000, 'x') + R"("})";
+  std::size_t taken = 0;
+  while (taken < 100 && admin.Post("/faults", ManyFaults(1, large)).status == 200) taken++;
+  EXPECT_EQ(taken, sandbox::mostFaultBytes / large.size());
+  EXPECT_EQ(admin.Get("/state").json["faults"].size(), taken);
+}
+
 TEST_F(Admin, RequestsAreShownWithTheirFields) {
   ASSERT_TRUE(client.Call("GetProductList", {{"GUID", "only-two"}, {"VERSIONID", "3.0"}}).has_value());
   const Json requests = Requests();

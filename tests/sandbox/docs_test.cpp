@@ -10,9 +10,12 @@
 #include "fault.h"
 #include "refusal.h"
 #include "sandbox/process.h"
+#include "server_limits.h"
 
 namespace sandboxtest {
 namespace {
+
+using ::testing::HasSubstr;
 
 std::string Page() {
   std::ifstream file(KEST_SANDBOX_DOCS);
@@ -64,6 +67,25 @@ TEST(SandboxPage, HasARowForEachRouteOfTheAdminPort) {
     const std::string row = std::string("| `") + route.method + " " + route.path + "` | " + route.meaning + " |\n";
     EXPECT_NE(Page().find(row), std::string::npos) << row;
   }
+}
+
+TEST(SandboxPage, HasARowForEachLimit) {
+  for (const sandbox::LimitRow& limit : sandbox::Limits()) {
+    const std::string row = "| " + limit.what + " | " + limit.limit + " | " + limit.beyond + " |\n";
+    EXPECT_NE(Page().find(row), std::string::npos) << row;
+  }
+}
+
+// The reasons of refusals and the words of the page name these as numbers.
+TEST(SandboxPage, NamesTheLimitsInItsWordsAsTheyAre) {
+  EXPECT_THAT(RefusalReason(sandbox::Refusal::FieldsTooMany), HasSubstr(std::to_string(sandbox::mostFields)));
+  EXPECT_THAT(RefusalReason(sandbox::Refusal::HandshakePath), HasSubstr(std::to_string(sandbox::longestServicePath)));
+  EXPECT_THAT(RefusalReason(sandbox::Refusal::RsaTooLong), HasSubstr(std::to_string(sandbox::longestHandshake)));
+  EXPECT_THAT(RefusalReason(sandbox::Refusal::BodiesTooLarge), HasSubstr("four times"));
+  EXPECT_EQ(sandbox::bodiesAtOnce, 4u);
+  EXPECT_THAT(Page(), HasSubstr("A body of more than " + std::to_string(sandbox::smallBody) + " bytes counts"));
+  EXPECT_THAT(Page(), HasSubstr("- " + std::to_string(sandbox::mostFaults) + " faults wait at the most"));
+  EXPECT_THAT(Page(), HasSubstr("keeps up to " + std::to_string(sandbox::mostAdminConnections) + " such replies"));
 }
 
 TEST(SandboxPage, NamesEachOptionOfServeWithItsDefault) {

@@ -34,6 +34,11 @@ bool Socket::Send(const std::string& bytes) {
   return true;
 }
 
+void Socket::TakeLittle() {
+  const int bytes = 1;  // the system makes its least of it
+  ::setsockopt(handle, SOL_SOCKET, SO_RCVBUF, &bytes, sizeof bytes);
+}
+
 void Socket::EndSending() {
   ::shutdown(handle, SHUT_WR);
 }

@@ -20,6 +20,9 @@ class Socket {
   /// Sends all bytes; false when the other side has gone.
   bool Send(const std::string& bytes);
 
+  /// Has the system take in as little as it can beyond what is read.
+  void TakeLittle();
+
   /// Tells the other side that nothing more comes.
   void EndSending();
 
