@@ -22,8 +22,8 @@ class ThreadSystems : public ForwardingSystem {
                              os::RegistryHandle* key) override {
     return Mine().RegOpenKeyExA(parent, path, options, access, key);
   }
-  std::int32_t RegCreateKeyExA(os::RegistryHandle parent, const char* path, std::uint32_t options,
-                               std::uint32_t access, os::RegistryHandle* key) override {
+  std::int32_t RegCreateKeyExA(os::RegistryHandle parent, const char* path, std::uint32_t options, std::uint32_t access,
+                               os::RegistryHandle* key) override {
     return Mine().RegCreateKeyExA(parent, path, options, access, key);
   }
   std::int32_t RegCloseKey(os::RegistryHandle key) override { return Mine().RegCloseKey(key); }

@@ -54,8 +54,8 @@ class Host {
     EXPECT_EQ(nullptr, KestNextProduct(list));
   }
 
-  // The list keeps the fields of its request, of which one shares its text with the setting and the other threads' lists:
-  // changed here, it stays there.
+  // The list keeps the fields of its request, of which one shares its text with the setting and the other threads'
+  // lists: changed here, it stays there.
   void FailToFetchAndChangeTheGuid() {
     isSilent = true;
     EXPECT_EQ(0, KestGetProductList(list, number.c_str()));
