@@ -1,7 +1,9 @@
 #!/bin/sh
 # Runs a program that sees folders of its own in the place of /tmp and of the home folder.
 # usage: apart.sh TREE FOLDER HOME COMMAND...: in a mount namespace of its own; FOLDER is empty and TREE stays visible.
+# exit: the command's own code; 125 the folders could not be made.
 set -e
+trap 'exit 125' EXIT
 tree=$1 folder=$2 home=$3
 shift 3
 number=0

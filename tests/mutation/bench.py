@@ -19,6 +19,7 @@ import time
 
 SLOW = 0.25  # seconds from which on a test is run after all quick ones
 MEMORY = 4 << 30
+COULD_NOT_START = (125, 126, 127)  # what apart.sh and the shell say; no test program does
 HERE = pathlib.Path(__file__).resolve().parent
 
 Step = collections.namedtuple("Step", "program filter")
@@ -235,6 +236,8 @@ class Bench:
                 except ProcessLookupError:
                     pass
                 process.wait()
+            if self.namespaces and code in COULD_NOT_START:
+                raise Failed(f"{path} could not be started: {code}")
             output.seek(0)
             failed = re.search(rb"^\[  FAILED  \] (\S+?)(?:,| \()", output.read(1 << 20), re.M)
         return code, failed.group(1).decode() if failed else ""

@@ -139,6 +139,16 @@ TEST_F(ServerExports, ABadKeyIsFalseAndKeepsHostAndPort) {
   EXPECT_EQ(81, Settings().server.port);
 }
 
+TEST_F(ServerExports, AServerThatFindsNoMemoryIsFalse) {
+  const std::string key = SealedServer::KeyText();
+  testing::AllocationSystem memory;
+  {
+    testing::SystemInForce inForce(memory);
+    memory.FailAt(1, testing::AllocationSystem::Failing::fromThenOn);
+    EXPECT_EQ(0, KestSetServer("shop.example", 80, key.c_str()));
+  }
+}
+
 TEST_F(ServerExports, NullTextsAreEmptyTexts) {
   EXPECT_EQ(0, KestSetServer(nullptr, 81, nullptr));
   EXPECT_TRUE(Settings().server.host.IsEmpty());

@@ -185,6 +185,15 @@ TEST(ByteBuffer, ATakenBufferIsNotShared) {
   EXPECT_EQ("abc", Content(assigned));
 }
 
+TEST(ByteBuffer, ATakenBufferIsCopiedIntoTheTargetsBlock) {
+  ByteBuffer source = Buffer("abc"), target = Buffer("xyz");
+  source.TakeBuffer(3);
+  const std::uint8_t* block = target.Bytes();
+  target = source;
+  EXPECT_EQ(block, target.Bytes());
+  EXPECT_EQ("abc", Content(target));
+}
+
 TEST(ByteBuffer, AReturnedBufferIsSharedAgain) {
   ByteBuffer source;
   std::memcpy(source.TakeBuffer(3), "abc", 3);

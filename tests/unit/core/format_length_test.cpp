@@ -80,8 +80,11 @@ TEST(FormatLength, ATextWithAPrecisionNeedsNoTerminatorBehindIt) {
 TEST(FormatLength, WidthAndPrecisionMayComeFromTheArguments) {
   EXPECT_EQ(10u, Reserved("%*s", 10, "abc"));
   EXPECT_EQ(10u, Reserved("%*s", -10, "abc"));
+  EXPECT_EQ(100u, Reserved("%*d", -100, 1));
+  EXPECT_EQ(32u, Reserved("%*d", -1, 1));
   EXPECT_EQ(2u, Reserved("%.*s", 2, "abc"));
   EXPECT_EQ(3u, Reserved("%.*s", -1, "abc"));
+  EXPECT_EQ(40u, Reserved("%40.*d", -1, 1));
   EXPECT_EQ(70u, Reserved("%*.*d", 40, 30, 1));
   EXPECT_EQ(300u, Reserved("%*.*f", 250, 50, 1.0));
 }

@@ -24,6 +24,11 @@ TEST(StringFind, AStartAtOrBehindTheEndFindsNothing) {
 
 TEST(StringFind, ANegativeStartIsTheFirstCharacter) { EXPECT_EQ(1, String("abcb").Find('b', -5)); }
 
+TEST(StringFind, NothingInFrontOfTheTextIsFound) {
+  const String text("a\0b", 3);
+  EXPECT_EQ(1, text.Find('\0', -1));
+}
+
 TEST(StringFind, NothingIsFoundWithoutStorage) {
   EXPECT_EQ(-1, String().Find('a'));
   EXPECT_EQ(-1, String("").Find('\0'));

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <functional>
+#include <utility>
 
 #include "core/exception.h"
 #include "crypto/message_digest.h"
@@ -17,6 +18,7 @@ namespace {
 
 using testing::AllocationSystem;
 using testing::Bytes;
+using testing::ForwardingSystem;
 using testing::SomeBytes;
 using testing::SystemInForce;
 
@@ -107,6 +109,36 @@ TEST_F(Allocations, EncipherGivesNothingOrThrowsForItsResult) {
   FailEach(4, [&] { return !cipher.Encipher(plain).IsEmpty(); });
   EXPECT_EQ(threw, 2) << "the result's own block, once and from then on";
   EXPECT_GT(failed, 0);
+}
+
+// Writes down the largest block that was asked for.
+class LargestBlock : public ForwardingSystem {
+ public:
+  void* GlobalAlloc(std::uint32_t flags, std::size_t bytes) override {
+    if (bytes > largest) largest = bytes;
+    return ForwardingSystem::GlobalAlloc(flags, bytes);
+  }
+  std::size_t largest = 0;
+};
+
+// What enciphering `length` bytes asks for beyond what a text of `sameAs` characters takes.
+std::size_t RoomBeyond(std::uint32_t length, std::uint32_t sameAs) {
+  SessionCipher cipher;
+  EXPECT_TRUE(cipher.MakeKey(1024, nullptr, 0));
+  const ByteBuffer plain = BufferOf(SomeBytes(length));
+  LargestBlock blocks;
+  const SystemInForce inForce(blocks);
+  EXPECT_FALSE(cipher.Encipher(plain).IsEmpty());
+  const std::size_t taken = std::exchange(blocks.largest, 0);
+  ByteBuffer same;
+  same.Reserve(sameAs);
+  return taken - blocks.largest;
+}
+
+// Blocks grow in steps of 50 bytes, so that two lengths hold the number to the byte.
+TEST(EncipherRoom, IsThatOfTheTextAnd1024BytesMore) {
+  EXPECT_EQ(RoomBeyond(200025, 201049), 0u);
+  EXPECT_EQ(RoomBeyond(200026, 201050), 0u);
 }
 
 TEST_F(Allocations, DecipherGivesNothingOrThrowsForItsResult) {

@@ -131,6 +131,20 @@ TEST_F(State, LeavesOutWhatTheSystemRefuses) {
   EXPECT_EQ(Run(), start + disk + memory);
 }
 
+// Every bit of the half that is taken is set.
+class FullThreadSystem : public RecordedSystem {
+ public:
+  std::uint32_t GetCurrentThreadId() override { return 0x1234FFFF; }
+};
+
+TEST(StateOfAThread, HoldsTheLowHalfOfItsNumberWhole) {
+  FullThreadSystem system;
+  const SystemInForce inForce(system);
+  Bytes record(stateRecordLength);
+  CollectSystemState(record.data());
+  EXPECT_EQ("ffff2221", ToHex(record.data() + 4, 4));
+}
+
 TEST_F(State, IsBetween36And64Bytes) {
   EXPECT_EQ(Run().size(), 128U);
   system.hasDisk = system.hasCursor = system.hasTime = false;

@@ -227,6 +227,16 @@ TEST(DerPublicKey, LongFormOfAShortLengthGives542) {
   EXPECT_EQ(Read(Bytes{0x30, 0x81} + Bytes(good.begin() + 1, good.end())), 542);
 }
 
+TEST(DerPublicKey, LongFormOfTheLongestShortLengthGives542) {
+  Bytes good;
+  for (std::size_t size = 64; good.size() != 2 + 127; ++size) {
+    ASSERT_LT(size, 128U);
+    good = PublicKey(Modulus(size), exponent);
+  }
+  ASSERT_EQ(Read(good), 0);
+  EXPECT_EQ(Read(Bytes{0x30, 0x81} + Bytes(good.begin() + 1, good.end())), 542);
+}
+
 TEST(DerPublicKey, LengthBeyond32BitsIsNotCutToThem) {
   const Bytes good = PublicKey(Modulus(128), exponent);
   ASSERT_EQ(good[1], 0x81);

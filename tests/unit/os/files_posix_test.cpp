@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <climits>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
@@ -67,6 +68,19 @@ TEST_F(PosixFiles, DirectoriesFollowTheMask) {
   EXPECT_TRUE(Native().CreateDirectoryA(Path("new").c_str()));
   umask(old);
   EXPECT_EQ(0750u, Mode("new"));
+}
+
+// A path of `length` characters that leads to the folder.
+std::string LongPath(const std::string& folder, std::size_t length) {
+  std::string path = folder;
+  if ((length - path.size()) % 2 != 0) path += "/";
+  while (path.size() < length) path += "/.";
+  return path;
+}
+
+TEST_F(PosixFiles, APathMayHaveAsManyCharactersAsTheSystemTakes) {
+  EXPECT_EQ(0x10u, Native().GetFileAttributesA(LongPath(folder, PATH_MAX - 1).c_str()));
+  EXPECT_EQ(invalidFileAttributes, Native().GetFileAttributesA(LongPath(folder, PATH_MAX).c_str()));
 }
 
 TEST_F(PosixFiles, NoPathLeadsNowhere) {
@@ -312,6 +326,17 @@ TEST_F(PosixFiles, ATempFileTakesANumberThatIsFree) {
   }
   EXPECT_EQ(0x1234u, Native().GetTempFileNameA(folder.c_str(), "k", 0, name));
   EXPECT_EQ(0u, Native().GetTempFileNameA(folder.c_str(), "k", 0, name));
+}
+
+TEST_F(PosixFiles, ATempFileNameFillsItsAreaAndIsNeverLonger) {
+  char name[longestPath];
+  // Behind the folder: a separator, three letters, four digits, ".tmp".
+  const std::string fits = LongPath(folder, longestPath - 1 - 12), tooLong = LongPath(folder, longestPath - 12);
+  ASSERT_NE('/', fits.back());
+  EXPECT_EQ(5u, Native().GetTempFileNameA(fits.c_str(), "kest", 5, name));
+  EXPECT_EQ(fits + "/kes0005.tmp", name);
+  EXPECT_EQ(0u, Native().GetTempFileNameA((fits + "x").c_str(), "kest", 5, name));
+  EXPECT_EQ(0u, Native().GetTempFileNameA(tooLong.c_str(), "kest", 0, name));
 }
 
 TEST_F(PosixFiles, LinuxHasNoDirectoriesOfWindows) {

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <ctime>
 #include <set>
 #include <thread>
 #include <vector>
@@ -72,6 +73,28 @@ TEST(System, TheTimeIsADateThatExists) {
   EXPECT_TRUE(Native().SystemTimeToFileTime(&now, &steps));
 }
 
+// As the C library tells it. The fields stand in the order in which they count.
+std::vector<int> ClockTime() {
+  const std::time_t now = std::time(nullptr);
+  const std::tm parts = *std::gmtime(&now);
+  return {parts.tm_year + 1900, parts.tm_mon + 1, parts.tm_mday, parts.tm_hour, parts.tm_min, parts.tm_sec};
+}
+
+TEST(System, TheTimeIsTheClocks) {
+  SystemTime now{};
+  std::vector<int> before, after;
+  // The clocks are read at different moments and need not tick together: a second more or less is the same time.
+  do {
+    before = ClockTime();
+    Native().GetSystemTime(&now);
+    after = ClockTime();
+  } while (before[4] != after[4] || before[5] == 0 || after[5] == 59);
+  const std::vector<int> told = {now.year, now.month, now.day, now.hour, now.minute};
+  EXPECT_EQ(std::vector<int>(before.begin(), before.end() - 1), told);
+  EXPECT_LE(before[5] - 1, now.second);
+  EXPECT_GE(after[5] + 1, now.second);
+}
+
 struct Date {
   SystemTime time;
   std::uint64_t steps;
@@ -139,6 +162,7 @@ TEST(System, SocketsGrantVersionOnePointOne) {
   SocketLibraryData data{};
   ASSERT_EQ(0, Native().WSAStartup(0x0101, &data));
   EXPECT_EQ(0x0101, data.version);
+  EXPECT_EQ(0x0202, data.highVersion);
   Native().WSACleanup();
 }
 

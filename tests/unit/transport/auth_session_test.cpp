@@ -71,5 +71,19 @@ TEST_F(AuthSessionTest, SealingMakesRoomAtOnce) {
   EXPECT_EQ(forFew, memory.Allocations());
 }
 
+// One of the lengths fills its block to the last character.
+TEST_F(AuthSessionTest, SealingTakesAsManyBlocksForEveryLength) {
+  std::uint64_t expected = 0;
+  for (std::uint32_t length = 10; length <= 60; ++length) {
+    NameValueList fields;
+    fields.Add("name", std::string(length, 'x').c_str());
+    session.SealMessage(fields, false);
+    memory.Restart();
+    session.SealMessage(fields, false);
+    if (length == 10) expected = memory.Allocations();
+    EXPECT_EQ(expected, memory.Allocations()) << length;
+  }
+}
+
 }  // namespace
 }  // namespace kest

@@ -102,6 +102,18 @@ TEST(HttpHeaderList, SetReplacesTheFirstAndKeepsItsNameOrAppends) {
   EXPECT_EQ(FieldsOf(headers), (Fields{{"content-length", "2"}, {"Date", "3"}}));
 }
 
+// The text fills its block to the last character: without room for the two line ends it would be made twice.
+TEST(HttpHeaderList, ABlockOfFieldsIsAskedForOnce) {
+  HttpHeaderList headers;
+  headers.Add("A", Kest(std::string(141, 'x')));
+  AllocationSystem memory;
+  const SystemInForce inForce(memory);
+  String head;
+  AppendHeaderBlock(headers, head);
+  EXPECT_EQ(head.Length(), 150u);
+  EXPECT_EQ(memory.Allocations(), 1u);
+}
+
 TEST(HttpHeaderList, KnownNamesStandInTheirOrder) {
   std::vector<std::string> names(std::begin(header::known), std::end(header::known));
   EXPECT_THAT(names,

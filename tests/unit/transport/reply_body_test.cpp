@@ -126,5 +126,11 @@ TEST_F(ReplyBodyTest, SkippingFailsWhenTheBodyIsCutOrItsLengthNegative) {
   EXPECT_FALSE(SkipBody(reader, ReplyOf("6")));
 }
 
+TEST_F(ReplyBodyTest, SkippingANegativeLengthTakesNothing) {
+  Serve({{"next"}});
+  EXPECT_FALSE(SkipBody(reader, ReplyOf("4294967295")));
+  EXPECT_EQ(reader.Read(), 'n');
+}
+
 }  // namespace
 }  // namespace kest::testing
