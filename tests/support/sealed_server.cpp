@@ -195,12 +195,8 @@ int SealedServer::closesocket(os::Socket socket) {
 
 const os::HostEntry* SealedServer::gethostbyname(const char* name) {
   lookedUp.push_back(name);
-  static char first[] = {10, 0, 0, 1}, second[] = {10, 0, 0, 2};
-  static char* addresses[3];
-  addresses[0] = first;
-  addresses[1] = addressCount > 1 ? second : nullptr;
-  static const os::HostEntry entry = {nullptr, nullptr, os::addressFamilyInet, 4, addresses};
-  return &entry;
+  addresses[1] = addressCount > 1 ? secondAddress : nullptr;
+  return &hostEntry;
 }
 
 }  // namespace kest::testing

@@ -89,6 +89,10 @@ class SealedServer : public ForwardingSystem {
   os::Socket nextSocket = 100;
   int wrongCloses = 0;
   std::string exportedKey;  // iv and key bytes, as the handshake delivered them
+  // What a look-up answers; each server's own, because servers of several threads answer at once.
+  char firstAddress[4] = {10, 0, 0, 1}, secondAddress[4] = {10, 0, 0, 2};
+  char* addresses[3] = {firstAddress, nullptr, nullptr};
+  const os::HostEntry hostEntry = {nullptr, nullptr, os::addressFamilyInet, 4, addresses};
 };
 
 }  // namespace kest::testing
