@@ -75,7 +75,9 @@ SharedStorage& SharedStorage::operator=(SharedStorage&& other) noexcept {
 
 void SharedStorage::EnsureLength(std::uint64_t length, bool keep) {
   if (data != nullptr && !IsShared() && length < data->capacity) {
-    data->length = static_cast<std::uint32_t>(length);
+    const std::uint32_t before = std::exchange(data->length, static_cast<std::uint32_t>(length));
+    // What falls off the end may be a secret's. The byte at `length` is the caller's, who writes the NUL there.
+    if (data->length < before) Wipe(data->Characters() + data->length + 1, before - data->length - 1);
     return;
   }
   Replace(length, static_cast<std::uint32_t>(length), keep);
@@ -112,8 +114,8 @@ void SharedStorage::Empty() {
     Drop();
     return;
   }
+  Wipe(data->Characters(), data->length);
   data->length = 0;
-  data->Characters()[0] = '\0';
 }
 
 void SharedStorage::SetExclusive(bool exclusive) {

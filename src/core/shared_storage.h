@@ -44,7 +44,7 @@ class SharedStorage {
   bool IsExclusive() const { return data != nullptr && data->references.load(std::memory_order_acquire) == 0; }
 
   // Sets the length to `length` characters; a block that is shared or too small is replaced by one of
-  // (length / 50 + 1) * 50 bytes. Keep carries the old text over, up to the new length; Discard does not. The caller
+  // (length / 50 + 1) * 50 bytes. What falls off the end of a block that stays is wiped. Keep carries the old text over, up to the new length; Discard does not. The caller
   // writes the characters and the NUL. Throws Qor::MemoryException and changes nothing when there is no memory, or for
   // a length whose block would reach 2^31 bytes.
   void EnsureLengthKeep(std::uint64_t length) { EnsureLength(length, true); }
@@ -60,7 +60,7 @@ class SharedStorage {
   // Copies the block when it is shared, so that it may be changed in place.
   void Unshare();
 
-  // Empties the text: a sole owner keeps its block, a shared one is let go.
+  // Empties the text: a sole owner wipes and keeps its block, a shared one is let go.
   void Empty();
 
   // Marks the block as taken for writing (reference count 0), or as given back (1). There is one, and it is not shared.

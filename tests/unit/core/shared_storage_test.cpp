@@ -55,6 +55,33 @@ TEST(SharedStorage, CapacityIsTheNextMultipleOfFiftyAboveTheLength) {
   }
 }
 
+// Every byte behind the text of a block that held a longer one.
+void ExpectNothingBehind(const String& text, std::uint32_t lengthBefore) {
+  for (std::uint32_t i = text.Length(); i <= lengthBefore; ++i) EXPECT_EQ('\0', text.Characters()[i]) << i;
+}
+
+TEST(SharedStorage, WhatAnEmptiedTextSaidIsGone) {
+  String text = Text(40);
+  text.Empty();
+  ExpectNothingBehind(text, 40);
+  text = Text(40).Characters();
+  text = String();
+  ExpectNothingBehind(text, 40);
+}
+
+TEST(SharedStorage, WhatAShortenedTextSaidBehindItsEndIsGone) {
+  String text = Text(40);
+  text.SetAt(30, '\0');
+  ExpectNothingBehind(text, 40);
+  EXPECT_EQ(Sample(30), Content(text));
+  text = "short";
+  ExpectNothingBehind(text, 40);
+  text.TakeBuffer(2);
+  text.ReturnBuffer();
+  ExpectNothingBehind(text, 40);
+  EXPECT_EQ("sh", Content(text));
+}
+
 TEST(SharedStorage, ABlockIsTheHeaderAndItsCapacity) {
   StorageRecorder recorder;
   SystemInForce inForce(recorder);
@@ -97,7 +124,8 @@ TEST(SharedStorage, EnsuringALengthInPlaceWritesNoNul) {
   storage.EnsureLengthDiscard(5);
   std::memcpy(storage.Characters(), "abcde", 6);
   storage.EnsureLengthKeep(2);
-  EXPECT_STREQ("abcde", storage.Characters());
+  // Behind the place of the NUL the old text is wiped.
+  EXPECT_EQ(0, std::memcmp("abc\0\0", storage.Characters(), 6));
   EXPECT_EQ(2u, storage.Length());
 }
 
