@@ -6,11 +6,14 @@
 #include <algorithm>
 #include <cstring>
 #include <fstream>
+#include <memory>
 
+#include "api/export_support.h"
 #include "core/memory.h"
 #include "secrets/scenarios.h"
 #include "secrets/secret_windows.h"
 #include "support/redirected_registry.h"
+#include "transport/transport_request.h"
 
 namespace kest::testing {
 namespace {
@@ -158,6 +161,38 @@ TEST_P(MemorySearch, FindsTheSecretsOfACallUnderWay) {
   for (const char* name : {"session key", "held: reply: client challenge", "held: reply: server challenge", "sealed request in base64"}) {
     EXPECT_NE(std::string::npos, found.find(std::string(name) + " from ")) << name << "\n" << found;
   }
+}
+
+// Wiping reaches 48 KiB down.
+constexpr std::size_t wiped = 48 * 1024;
+constexpr std::size_t painted = 4 * wiped;
+
+[[gnu::noinline]] void PaintStack() {
+  volatile unsigned char area[painted];
+  for (std::size_t i = 0; i < painted; ++i) area[i] = 0xA5;
+  EXPECT_EQ(0xA5, area[painted / 2]);
+}
+
+// The depth to which the stack below the caller lost its paint.
+[[gnu::noinline]] std::size_t StackUsed() {
+  const auto* frame = static_cast<const volatile unsigned char*>(__builtin_frame_address(0));
+  std::size_t used = painted - 1024;
+  while (used > 0 && *(frame - used) == 0xA5) --used;
+  return used;
+}
+
+TEST_P(MemorySearch, ACallUsesLessStackThanIsWiped) {
+  auto* list = KestCreateProductList();
+  KestSetField(KEST_FIELDS(list), "GUID", "guid");
+  PaintStack();
+  // Without the wiping, which the exported functions do.
+  const std::unique_ptr<FieldSet> reply(TransportRequest(0, "GetProductList", *FromHandle(list)));
+  const std::size_t used = StackUsed();
+  std::printf("an exchange uses %zu bytes of stack\n", used);
+  EXPECT_NE(nullptr, reply);
+  EXPECT_LT(used, wiped);
+  EXPECT_GT(used, 38400u) << "the capture of the screen alone";
+  KestDestroyProductList(list);
 }
 
 unsigned char staticCopy[SecretWindows::windowLength];
