@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cstring>
 #include <fstream>
+#include <map>
 #include <memory>
 
 #include "api/export_support.h"
@@ -22,10 +23,12 @@ namespace {
 constexpr char heldAfterFailure[] = "held: request";
 constexpr char heldAfterSuccess[] = "held: ";
 
-// The world of a scenario, with a server that answers what it answered before, and memory that may end.
+// The world of a scenario, with a server that answers what it answered before, and memory that may end and whose blocks
+// are searched when they are freed, before anything else can be written there.
 class ReplayedWorld : public KnownEntropy {
  public:
-  explicit ReplayedWorld(std::uint64_t seed, const Scenario& replayed) : KnownEntropy(seed), scenario(replayed) {}
+  ReplayedWorld(std::uint64_t seed, const Scenario& replayed, const SecretWindows& looked)
+      : KnownEntropy(seed), scenario(replayed), secrets(looked) {}
 
   void Read(std::istream& file) {
     std::size_t count = 0;
@@ -44,8 +47,21 @@ class ReplayedWorld : public KnownEntropy {
   std::uint64_t failAt = 0;  // which allocation; 0: none
   std::uint64_t allocations = 0;
 
+  std::string inFreedBlocks;  // what was found there
+
   void* GlobalAlloc(std::uint32_t flags, std::size_t bytes) override {
-    return ++allocations == failAt ? nullptr : KnownEntropy::GlobalAlloc(flags, bytes);
+    if (++allocations == failAt) return nullptr;
+    void* block = KnownEntropy::GlobalAlloc(flags, bytes);
+    sizes[block] = bytes;
+    return block;
+  }
+  void GlobalFree(void* block) override {
+    const auto size = sizes.find(block);
+    if (size != sizes.end()) {
+      inFreedBlocks += secrets.Find({{static_cast<unsigned char*>(block), size->second, "a freed block"}});
+      sizes.erase(size);
+    }
+    KnownEntropy::GlobalFree(block);
   }
   os::Socket socket(int, int, int) override {
     position = 0;
@@ -83,6 +99,8 @@ class ReplayedWorld : public KnownEntropy {
 
  private:
   const Scenario& scenario;
+  const SecretWindows& secrets;
+  std::map<void*, std::size_t> sizes;
   std::vector<std::string> replies;  // masked
   std::size_t position = 0;
   os::Socket connection = 0;
@@ -103,10 +121,10 @@ class MemoryAfter : public ::testing::TestWithParam<std::size_t> {
   bool IsMeantToSucceed() const { return scenario.fault == Fault::none; }
 
   const Scenario& scenario = Scenarios().at(GetParam());
-  ReplayedWorld world{GetParam() + 1, scenario};
+  SecretWindows secrets;
+  ReplayedWorld world{GetParam() + 1, scenario, secrets};
   RedirectedRegistry registry{world};
   SystemInForce inForce{registry};
-  SecretWindows secrets;
 };
 
 TEST_P(MemoryAfter, HoldsNoSecret) {
@@ -118,6 +136,7 @@ TEST_P(MemoryAfter, HoldsNoSecret) {
         << "beside the fields of what the host holds";
   }
   EXPECT_EQ("", secrets.FindAnywhere()) << "when the host has let go of everything";
+  EXPECT_EQ("", world.inFreedBlocks);
 }
 
 INSTANTIATE_TEST_SUITE_P(Calls, MemoryAfter, ::testing::Range<std::size_t>(0, Scenarios().size()),
@@ -129,7 +148,7 @@ using MemoryWithoutRoom = MemoryAfter;
 TEST_P(MemoryWithoutRoom, HoldsNoSecretWhereverTheCallEnds) {
   std::uint64_t ended = 0;
   for (std::uint64_t point = 9;; point += 19) {
-    ReplayedWorld ending(GetParam() + 1, scenario);
+    ReplayedWorld ending(GetParam() + 1, scenario, secrets);
     std::ifstream file(SecretsFile(scenario), std::ios::binary);
     ending.Read(file);
     RedirectedRegistry kept(ending);
@@ -142,6 +161,7 @@ TEST_P(MemoryWithoutRoom, HoldsNoSecretWhereverTheCallEnds) {
       ending.failAt = 0;
     }
     EXPECT_EQ("", secrets.FindAnywhere()) << "no room for allocation " << point;
+    EXPECT_EQ("", ending.inFreedBlocks) << "no room for allocation " << point;
     if (ending.allocations < point) break;
     ++ended;
   }
