@@ -38,6 +38,10 @@ class FaultSystem : public ForwardingSystem {
 
   // The calls since then.
   const std::vector<FaultPoint>& Points() const { return points; }
+  // The name of the first of them that failed, or will; empty when there are not as many.
+  std::string FailedCall() const {
+    return failPoint - 1 < points.size() ? points[static_cast<std::size_t>(failPoint - 1)].call : "";
+  }
 
   void* GlobalAlloc(std::uint32_t flags, std::size_t bytes) override {
     return Fails("GlobalAlloc") ? nullptr : ForwardingSystem::GlobalAlloc(flags, bytes);

@@ -20,7 +20,9 @@ namespace {
 // Counts down with each of the thread's calls; the one that reaches 0 is refused.
 thread_local int untilRefusal = 0;
 
-bool IsRefused() { return untilRefusal > 0 && --untilRefusal == 0; }
+bool IsRefused() {
+  return untilRefusal > 0 && --untilRefusal == 0;
+}
 
 }  // namespace
 
@@ -30,7 +32,9 @@ void* __real_malloc(std::size_t bytes);
 int __real_pthread_setspecific(pthread_key_t key, const void* value);
 char* __real_realpath(const char* path, char* resolved);
 
-void* __wrap_malloc(std::size_t bytes) { return IsRefused() ? nullptr : __real_malloc(bytes); }
+void* __wrap_malloc(std::size_t bytes) {
+  return IsRefused() ? nullptr : __real_malloc(bytes);
+}
 int __wrap_pthread_setspecific(pthread_key_t key, const void* value) {
   // To forget a block takes no room.
   return value != nullptr && IsRefused() ? ENOMEM : __real_pthread_setspecific(key, value);
@@ -45,7 +49,9 @@ namespace {
 
 namespace fs = std::filesystem;
 
-std::ptrdiff_t OpenFiles() { return std::distance(fs::directory_iterator("/proc/self/fd"), fs::directory_iterator()); }
+std::ptrdiff_t OpenFiles() {
+  return std::distance(fs::directory_iterator("/proc/self/fd"), fs::directory_iterator());
+}
 
 // Runs `work` with each of its calls refused in turn, and answers how many there were. `work` tells whether it ended as
 // it must when one is refused.

@@ -7,34 +7,38 @@ namespace {
 
 class ReceiptFaults : public StoreTest {
  protected:
-  // Runs `operation` with each of its calls failing in turn. The only exception is that for exhausted memory, nothing
-  // stays open or allocated.
+  // Runs `operation` with each of its calls failing in turn, in each way in which it can.
   template <typename Operation>
   void FailEveryCall(FaultSystem::Failing how, Operation operation) {
     FaultSystem faults(date);
     SystemInForce failing(faults);
     faults.FailNever();
     operation();
-    const std::size_t points = faults.Points().size();
-    ASSERT_GT(points, 20u);
-    for (std::uint64_t point = 1; point <= points; ++point) {
-      const std::int64_t before = memory.Outstanding();
-      bool isStopped = false;
-      faults.FailAt(point, how);
-      try {
-        operation();
-      } catch (const Qor::MemoryException&) {
-        isStopped = true;
+    const std::vector<FaultPoint> points = faults.Points();
+    ASSERT_GT(points.size(), 20u);
+    for (std::size_t i = 0; i < points.size(); ++i) {
+      for (int way = 0; way < points[i].ways; ++way) {
+        faults.FailAt(i + 1, how, way);
+        FailOne(faults, how, operation);
       }
-      const std::string failed = faults.Points().at(static_cast<std::size_t>(point) - 1).call;
-      faults.FailNever();
-      SCOPED_TRACE(std::to_string(point) + " " + failed);
-      if (how == FaultSystem::Failing::once) {
-        EXPECT_EQ(failed == "GlobalAlloc", isStopped);
-      }
-      EXPECT_EQ(before, memory.Outstanding());
-      EXPECT_EQ(0u, registry.OpenHandles());
     }
+  }
+  // The only exception is that for exhausted memory, nothing stays open or allocated.
+  template <typename Operation>
+  void FailOne(FaultSystem& faults, FaultSystem::Failing how, Operation operation) {
+    const std::int64_t before = memory.Outstanding();
+    bool isStopped = false;
+    try {
+      operation();
+    } catch (const Qor::MemoryException&) {
+      isStopped = true;
+    }
+    if (how == FaultSystem::Failing::once) {
+      EXPECT_EQ(isStopped, faults.FailedCall() == "GlobalAlloc") << faults.FailedCall();
+    }
+    EXPECT_EQ(before, memory.Outstanding()) << faults.FailedCall();
+    EXPECT_EQ(0u, registry.OpenHandles()) << faults.FailedCall();
+    faults.FailNever();
   }
   // The store sees a day without receipts every time.
   void StoreOnANewDay() {
