@@ -4,6 +4,8 @@
 
 #include <memory>
 
+#include "support/allocation_system.h"
+
 namespace kest {
 namespace {
 
@@ -33,6 +35,20 @@ TEST(ProductList, ProductsComeInReplyOrderThenNullForGood) {
   }
   EXPECT_EQ(nullptr, list.Next());
   EXPECT_EQ(nullptr, list.Next());
+}
+
+TEST(ProductList, RoomForAllLinesIsMadeAtOnce) {
+  const auto allocations = [](int products) {
+    FieldSet reply;
+    for (int i = 0; i < products; ++i) reply.Add("KEST-Product", "SKU:12345^Name:x");
+    ProductList list;
+    list.Load(reply);
+    testing::AllocationSystem memory;
+    const testing::SystemInForce inForce(memory);
+    EXPECT_FALSE(list.Format().IsEmpty());
+    return memory.Allocations();
+  };
+  EXPECT_EQ(allocations(10), allocations(100));
 }
 
 TEST(ProductList, OtherReplyFieldsBecomeItsOwn) {
