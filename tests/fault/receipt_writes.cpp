@@ -44,13 +44,12 @@ std::vector<Writes> AfterOne(const Writes& whole, const FaultPoint& point) {
   return allowed;
 }
 
-// Without memory what is written is a beginning of the whole. A lack of it that the marker met alone is over when the
-// receipt is written.
+// Without memory what is written is a beginning of the whole. A lack of it that came before the marker, and was over
+// behind it, leaves the receipt.
 bool IsCutShort(const Writes& whole, const Writes& written, bool isFromThenOn) {
   if (BeginsWith(whole, written)) return true;
   if (isFromThenOn) return false;
-  const Writes receipt(whole.begin() + markWrites, whole.end());
-  return written == receipt || written == Joined({whole[0]}, receipt);
+  return written == Writes(whole.begin() + markWrites, whole.end());
 }
 
 // What the value of each name under a receipt holds.
@@ -122,6 +121,7 @@ std::string ReceiptWrites::MarkFault(bool isDone, const Failure& failure) {
   const Writes written = World().Writes();
   const bool isWrite = failure.point.call == "RegSetValueExA" || failure.point.call == "RegCreateKeyExA";
   if (isDone && !isWrite && !failure.isFromThenOn) return written == whole ? "" : "the products are not marked";
+  if (!isDone) return written.empty() ? "" : "the products of a bill that has not come are marked";
   return BeginsWith(whole, written) ? "" : "something else was written";
 }
 

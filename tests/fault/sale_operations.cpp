@@ -177,11 +177,10 @@ class BeingRefusedABill : public FetchingABill {
 std::vector<OperationCase> SaleOperations() {
   // Without memory: for the request, during the exchange, and from the reply on what the server said holds.
   const std::vector<std::string> sale = {unchanged, exchange, done};
-  // A bill for which there is no memory has not come. The text of the marker's value takes memory, its calls none.
+  // A bill for which there is no memory has not come. Marking the products takes none.
   const std::vector<std::string> bill = {unchanged, exchange};
-  const std::vector<std::string> markedBill = {unchanged, exchange, done, exchange, done};
   return {Case<Selling>("Selling", sale, sale), Case<BeingRefused>("BeingRefused", sale, sale),
-          Case<FetchingABill>("FetchingABill", bill, markedBill),
+          Case<FetchingABill>("FetchingABill", bill, sale),
           Case<BeingRefusedABill>("BeingRefusedABill", sale, sale)};
 }
 

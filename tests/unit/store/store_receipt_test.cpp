@@ -209,6 +209,13 @@ TEST_F(StoreReceiptTest, ProductsMarkedThenTheirMarkerAlone) {
   EXPECT_TRUE(HasMarker(Products()));
 }
 
+TEST_F(StoreReceiptTest, NoMemoryThenProductsAreMarkedAllTheSame) {
+  memory.FailAt(1, AllocationSystem::Failing::fromThenOn);
+  MarkProductsUpdated();
+  memory.FailNever();
+  EXPECT_TRUE(HasMarker(Products()));
+}
+
 TEST_F(StoreReceiptTest, MarkingRefusedThenNothingHappens) {
   registry.refusals["create all " + Products()] = os::errorAccessDenied;
   MarkProductsUpdated();
