@@ -50,11 +50,19 @@ TEST_F(HostilePeer, SaleThatNeverGetsItsReplyKeepsItsOrderAndLeavesNoReceipt) {
   KestDestroyCheckout(checkout);
 }
 
-TEST_F(HostilePeer, LineEndsWithoutEndCostNoMemory) {
-  // An empty line ends the block, returns before a line end are nothing: neither may be collected.
-  Peer peer{okHead, "\r", 1u << 20};
-  ForEachMessage(peer, [this] {
+TEST_F(HostilePeer, ReturnsWithoutEndCostNoMemory) {
+  // Returns before a line end are nothing: they may not be collected.
+  ForEachMessage({okHead, "\r", 1u << 20}, [this] {
     EXPECT_EQ(KEST_ERROR_EXCHANGE, Fetch());
+    EXPECT_GE(sockets.Received(), 1u << 20);
+    EXPECT_LT(memory.Peak(), slack);
+  });
+}
+
+TEST_F(HostilePeer, EmptyLinesBeforeTheStatusLineEndTheCall) {
+  ForEachMessage({"", "\r\n"}, [this] {
+    EXPECT_EQ(KEST_ERROR_EXCHANGE, Fetch());
+    EXPECT_LE(sockets.Received(), 8192 + honest[0].size()) << "one look at the connection, and no more";
     EXPECT_LT(memory.Peak(), slack);
   });
 }
