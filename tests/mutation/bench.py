@@ -17,6 +17,7 @@ import tempfile
 import threading
 import time
 
+OTHERS = 20  # seconds that another layer's tests must be cheaper to go first
 SLOW = 0.25  # seconds from which on a test is run after all quick ones
 MEMORY = 4 << 30
 COULD_NOT_START = (125, 126, 127)  # what apart.sh and the shell say; no test program does
@@ -133,12 +134,13 @@ class Bench:
     # --- one mutant
 
     def steps(self, file):
-        """Quick tests before slow ones, those of the file's layer before others, and what is cheap to build first."""
+        """Quick tests before slow ones; what is cheap to build and to run before what is not, and the layer's own before
+        others unless a header makes it costly."""
         layer = file.split("/")[1]
         changed = self.dependents[file]
         affected = [program for program, parts in self.parts.items() if program in self.programs and parts & changed]
-        affected.sort(key=lambda program: (program != f"{layer}_tests",
-                                           len(self.parts[program] & changed) + self.seconds[program]))
+        affected.sort(key=lambda program: (len(self.parts[program] & changed) + self.seconds[program] +
+                                           (0 if program == f"{layer}_tests" else OTHERS)))
         quick = [Step(program, "-" + ":".join(self.slow[program])) for program in affected]
         slow = [Step(program, ":".join(self.slow[program])) for program in affected if self.slow[program]]
         return quick + slow
