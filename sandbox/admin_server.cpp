@@ -46,6 +46,7 @@ class AdminConnection : public std::enable_shared_from_this<AdminConnection> {
   void OnRequest(Error error) {
     if (!error) return Send(routes.Answer(Request()));
     if (error == http::error::body_limit) return Send(AdminError(413, "the body is larger than 64 KB"));
+    if (error == http::error::buffer_overflow) return Send(AdminError(413, "the chunks carry too much beside the body"));
     if (error == http::error::header_limit) return Send(AdminError(431, "the head is larger than 16 KB"));
     const bool malformed = error.category() == make_error_code(http::error::bad_field).category() &&
                            error != http::error::end_of_stream && error != http::error::partial_message;
@@ -95,7 +96,9 @@ class AdminConnection : public std::enable_shared_from_this<AdminConnection> {
   beast::tcp_stream stream;
   AdminRoutes& routes;
   const std::function<void(AdminConnection*)> over;
-  beast::flat_buffer buffer;
+  // The extension of a chunk and the fields behind the last one stay in it until they end: the limits of head and body
+  // do not see them.
+  beast::flat_buffer buffer{longestAdminHead + longestAdminBody};
   http::request_parser<http::string_body> parser;
   http::response<http::string_body> reply;
   std::string rest;
