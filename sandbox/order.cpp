@@ -1,10 +1,10 @@
 #include "order.h"
 
 #include <algorithm>
-#include <optional>
 #include <unordered_map>
 
 #include "decimal.h"
+#include "server_limits.h"
 
 namespace sandbox {
 namespace {
@@ -24,9 +24,10 @@ std::optional<std::uint64_t> ReadNumber(std::string_view text, std::uint64_t mos
 }
 
 std::optional<OrderLine> ReadOrderLine(std::string_view text) {
-  const FieldList record = ReadRecord(text);
-  const std::optional<std::uint64_t> sku = ReadNumber(FieldOrEmpty(record, "SKU"), mostSku);
-  const std::optional<std::uint64_t> quantity = ReadNumber(FieldOrEmpty(record, "Quantity"), mostQuantity);
+  const std::optional<FieldList> record = ReadRecord(text);
+  if (!record) return std::nullopt;
+  const std::optional<std::uint64_t> sku = ReadNumber(FieldOrEmpty(*record, "SKU"), mostSku);
+  const std::optional<std::uint64_t> quantity = ReadNumber(FieldOrEmpty(*record, "Quantity"), mostQuantity);
   if (!sku || !quantity || *quantity == 0) return std::nullopt;
   return OrderLine{static_cast<std::uint32_t>(*sku), static_cast<std::int64_t>(*quantity)};
 }
@@ -46,9 +47,10 @@ ErrorCode FindSeller(const FieldList& request, const Catalogue& catalogue, const
 
 }  // namespace
 
-FieldList ReadRecord(std::string_view text) {
+std::optional<FieldList> ReadRecord(std::string_view text) {
   FieldList record;
   for (std::size_t colon = text.find(':'); colon != std::string_view::npos; colon = text.find(':')) {
+    if (record.size() == mostPairs) return std::nullopt;  // a pair of two bytes takes many times as much here
     const std::size_t end = std::min(text.find('^', colon), text.size());
     record.push_back({std::string(text.substr(0, colon)), std::string(text.substr(colon + 1, end - colon - 1))});
     text.remove_prefix(std::min(end + 1, text.size()));
@@ -65,6 +67,7 @@ ErrorCode PriceOrder(const FieldList& request, const Catalogue& catalogue, Sale&
   Cents net = 0;
   for (const Field& field : request) {
     if (!EqualIgnoringCase(field.name, "KEST-Product")) continue;
+    if (sale.products.size() == mostOrderLines) return malformedOrderLine;
     const std::optional<OrderLine> line = ReadOrderLine(field.value);
     if (!line) return malformedOrderLine;
     const std::optional<Offer> offer = catalogue.FindSku(line->sku, seller);

@@ -35,6 +35,8 @@ std::vector<LimitRow> Limits() {
       {"handshake without its base64", Bytes(longestHandshake), "413"},
       {"path of a handshake", Bytes(longestServicePath), "400"},
       {"fields of a sealed message", std::to_string(mostFields), "422"},
+      {"lines of an order", std::to_string(mostOrderLines), "KEST-Error 1203"},
+      {"pairs of name and value in a line of an order", std::to_string(mostPairs), "KEST-Error 1203"},
       {"sessions", std::to_string(sessions.most), "503"},
       {"life of a session", Seconds(sessions.lifetime), "410"},
       {"wait for another program that holds `sales.db`", Seconds(std::chrono::milliseconds(lockMilliseconds)),

@@ -14,6 +14,10 @@ constexpr std::size_t longestHandshake = 4096;  // bytes, without the base64
 
 constexpr std::size_t longestServicePath = 255;  // bytes of a handshake's path, which its session holds
 constexpr std::size_t mostFields = 100000;       // of a sealed message
+constexpr std::size_t mostPairs = 100;           // of a line of an order
+
+// A bill is asked for with a small request, again and again, and is as long as the order was.
+constexpr std::size_t mostOrderLines = 10000;
 
 // Bodies up to this length are let in with their connection. Of longer ones those that are open at the same time may
 // announce this many times the limit of one.

@@ -124,8 +124,8 @@ TEST_F(Crowd, AdminPortServesSixteenAtATime) {
   EXPECT_THAT(sockets.back()->ReadToEnd(orderly), HasSubstr("{\"status\":\"ok\"}"));
 }
 
-// A sealed request of many lines, and large bodies that stay unfinished beside it, and heads as long as they may be
-// on every other connection.
+// Sealed requests of many lines and of one line of many pairs, and large bodies that stay unfinished beside them, and
+// heads as long as they may be on every other connection.
 TEST_F(Crowd, MemoryStaysBelowItsBound) {
   options = {"--admin", "127.0.0.1:0"};
   Start();
@@ -135,9 +135,14 @@ TEST_F(Crowd, MemoryStaysBelowItsBound) {
   const std::string longHead = "GET /" + std::string(16000, 'a');
   Open(900, longHead);
   Fields order = OrderOf(goodCard);
-  order.resize(40000, {"KEST-Product", "SKU:7^Quantity:1"});
+  order.resize(10001, {"KEST-Product", "SKU:7^Quantity:1"});
   order[1].second += "^" + std::string(4000000, 'x') + ":y";
-  EXPECT_EQ(Value(client.Call("BillCustomer", order).value_or(Fields()), "KEST-Error"), "0");
+  EXPECT_EQ(ErrorCodeOf("BillCustomer", order), "0");
+  order.resize(90000, {"KEST-Product", "SKU:7^Quantity:1"});
+  EXPECT_EQ(ErrorCodeOf("BillCustomer", order), "1203");
+  std::string colons(24000000, ':');
+  for (std::size_t i = 1; i < colons.size(); i += 2) colons[i] = '^';
+  EXPECT_EQ(ErrorCodeOf("BillCustomer", {{"KEST-CCard-Number", goodCard}, {"KEST-Product", colons}}), "1203");
 #ifndef __SANITIZE_ADDRESS__
   EXPECT_LT(serve->MostMegabytes(), sandbox::mostMemory);
 #endif

@@ -79,6 +79,7 @@ TEST(SandboxPage, HasARowForEachLimit) {
 // The reasons of refusals and the words of the page name these as numbers.
 TEST(SandboxPage, NamesTheLimitsInItsWordsAsTheyAre) {
   EXPECT_THAT(RefusalReason(sandbox::Refusal::FieldsTooMany), HasSubstr(std::to_string(sandbox::mostFields)));
+  EXPECT_THAT(sandbox::malformedOrderLine.advice, HasSubstr(std::to_string(sandbox::mostOrderLines) + " lines"));
   EXPECT_THAT(RefusalReason(sandbox::Refusal::HandshakePath), HasSubstr(std::to_string(sandbox::longestServicePath)));
   EXPECT_THAT(RefusalReason(sandbox::Refusal::RsaTooLong), HasSubstr(std::to_string(sandbox::longestHandshake)));
   EXPECT_THAT(RefusalReason(sandbox::Refusal::BodiesTooLarge), HasSubstr("four times"));

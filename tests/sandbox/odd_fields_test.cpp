@@ -51,16 +51,23 @@ const Case cases[] = {
         for (int i = 0; i < 200000; i++) pairs += "^a:b";
         return pairs;
       }())},
-     "0"},
+     "1203"},
     {"LineOfColonsAlone", "BillCustomer", {good, Line(Huge(':'))}, "1203"},
     {"LineTwice", "BillCustomer", {good, pen, pen}, "0"},
+    {"TenThousandLines", "BillCustomer",
+     [] {
+       Fields fields = {good};
+       fields.resize(10001, pen);
+       return fields;
+     }(),
+     "0"},
     {"TwentyThousandLines", "BillCustomer",
      [] {
        Fields fields = {good};
        fields.resize(20001, pen);
        return fields;
      }(),
-     "0"},
+     "1203"},
     {"GuidHuge", "BillCustomer", {good, pen, {"GUID", Huge('g')}}, "1101"},
     {"TransactionMissing", "GetBill", {}, "1302"},
     {"TransactionEmpty", "GetBill", {{"KEST-TxN", ""}}, "1302"},

@@ -15,7 +15,8 @@ using sandbox::Sale;
 
 std::vector<std::string> Pairs(std::string_view text) {
   std::vector<std::string> pairs;
-  for (const sandbox::Field& field : ReadRecord(text)) pairs.push_back(field.name + " = " + field.value);
+  const FieldList record = ReadRecord(text).value();
+  for (const sandbox::Field& field : record) pairs.push_back(field.name + " = " + field.value);
   return pairs;
 }
 
@@ -43,6 +44,18 @@ TEST(Record, PairWithoutColonInTheMiddleGoesIntoTheNextName) {
 
 TEST(Record, KeepsRepeatedNamesAndEmptyOnes) {
   EXPECT_THAT(Pairs("a:1^a:2^:^:3"), ::testing::ElementsAre("a = 1", "a = 2", " = ", " = 3"));
+}
+
+std::string Repeated(const std::string& text, std::size_t count) {
+  std::string all;
+  for (std::size_t i = 0; i < count; i++) all += text;
+  return all;
+}
+
+TEST(Record, OfAsManyPairsAsItMayHaveIsReadAndOfMoreIsNot) {
+  EXPECT_EQ(Pairs(Repeated("a:1^", 100)).size(), 100u);
+  EXPECT_EQ(Pairs(Repeated("a:1^", 100) + "without a colon").size(), 100u);
+  EXPECT_FALSE(ReadRecord(Repeated("a:1^", 100) + ":").has_value());
 }
 
 const Catalogue& TwoSellers() {
@@ -166,6 +179,18 @@ INSTANTIATE_TEST_SUITE_P(Of, MalformedLine,
                                            "SKU:x^Quantity:1", "SKU:4294967296^Quantity:1",
                                            "SKU:18446744073709551617^Quantity:1", "SKU:1^Quantity:18446744073709551617",
                                            "SKU:1 Quantity:1", "SKU:1^x^Quantity:1"));
+
+TEST(PriceOrder, LineOfManyPairsIsMalformed) {
+  EXPECT_EQ(CodeOf(Order({"SKU:1^Quantity:1^" + Repeated(":^", 98)})), 0);
+  EXPECT_EQ(CodeOf(Order({"SKU:1^Quantity:1^" + Repeated(":^", 99)})), 1203);
+}
+
+TEST(PriceOrder, TakesTenThousandLinesAndNoMore) {
+  std::vector<std::string> lines(10000, "SKU:23^Quantity:1");
+  EXPECT_EQ(Priced(Order(lines)).products.size(), 10000u);
+  lines.push_back(lines.front());
+  EXPECT_EQ(CodeOf(Order(lines)), 1203);
+}
 
 TEST(PriceOrder, TakesTheLargestQuantityAndSku) {
   EXPECT_EQ(Priced(Order({"SKU:20^Quantity:65535"})).total, 65'535'000);
