@@ -41,7 +41,7 @@ class MakingObjects : public Operation {
   std::string EndingAfter(const Failure&) const override { return done; }
   std::string Fault(bool isDone, const Failure& failure) override {
     if (!isWhole) return "an object is not empty";
-    return isDone || failure.isFromThenOn || made == 3 ? "" : "more than one object is missing";
+    return isDone || failure.IsMemoryGone() || made == 3 ? "" : "more than one object is missing";
   }
 
  private:
@@ -66,7 +66,7 @@ class AddingFields : public Operation {
     if (KestGetErrorCode(set) != 0) return "an error code";
     const auto simulate = [](const auto& isLost) { return Simulated(isLost); };
     const Fields have = FieldsOf(*FromHandle(set));
-    return IsWithoutSteps(have, count + 1, failure.isFromThenOn, simulate) ? "" : "other fields than were added";
+    return IsWithoutSteps(have, count + 1, failure.IsMemoryGone(), simulate) ? "" : "other fields than were added";
   }
 
  private:
@@ -100,7 +100,7 @@ class Ordering : public Operation {
     if (KestGetErrorCode(KEST_FIELDS(checkout)) != 0) return "an error code";
     if (KestGetFieldCount(KEST_FIELDS(checkout)) != 0) return "the checkout's own fields have changed";
     const auto simulate = [](const auto& isLost) { return Simulated(isLost); };
-    const bool isRight = isDone || IsWithoutSteps(Lines(), count + 1, failure.isFromThenOn, simulate);
+    const bool isRight = isDone || IsWithoutSteps(Lines(), count + 1, failure.IsMemoryGone(), simulate);
     return isRight ? "" : "other lines than were added";
   }
 

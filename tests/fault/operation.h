@@ -18,11 +18,15 @@ namespace kest::testing {
 struct Failure {
   FaultPoint point;
   int way = 0;
-  bool isFromThenOn = false;
+  int earlier = 0;            // calls of its name before it
+  bool isFromThenOn = false;  // and whatever came after it
+  bool isAlike = false;       // and all later calls of its name, in the same way
 
   bool IsNothing() const { return point.call.empty(); }
   // Whether memory was refused: that of this point, or that of whatever came after it.
   bool IsMemory() const { return isFromThenOn || point.call == "GlobalAlloc"; }
+  // Whether there was none to the end.
+  bool IsMemoryGone() const { return isFromThenOn || (isAlike && IsMemory()); }
 };
 
 // How an operation ends, as far as its result and its error code tell.
@@ -41,7 +45,7 @@ class Operation {
   virtual bool Run() = 0;
   // How the Run that answered `isDone` ended: one of the texts above, or what else there is to say.
   virtual std::string Ending(bool isDone) const { return isDone ? done : failed; }
-  // How it must end when this one call fails, which is not for memory.
+  // How it must end when this one call fails, or it and its like do, which is not for memory.
   virtual std::string EndingAfter(const Failure& failure) const = 0;
   // After such a Run: what is wrong with the host's objects or with what lies in the registry; empty when all is as it
   // should be.
@@ -54,8 +58,8 @@ class Operation {
 struct OperationCase {
   const char* name;
   std::function<std::unique_ptr<Operation>()> make;
-  // The endings that follow upon each other while the allocation that fails moves from the first to the last, and while
-  // the call from which on everything fails does.
+  // The endings that follow upon each other while the allocation that fails moves from the first to the last, be it
+  // alone or with all behind it, and while the call from which on everything fails does.
   std::vector<std::string> withoutMemory, fromThenOn;
 
   friend std::ostream& operator<<(std::ostream& out, const OperationCase& row) { return out << row.name; }

@@ -60,7 +60,7 @@ class FetchingThroughProxies : public FetchingProducts {
   }
   ~FetchingThroughProxies() override { KestSetProxy("", 0); }
   std::string EndingAfter(const Failure& failure) const override {
-    const bool hasSecond = failure.point.call == "connect" && failure.point.about != "10.0.0.9";
+    const bool hasSecond = !failure.isAlike && failure.point.call == "connect" && failure.point.about != "10.0.0.9";
     return hasSecond ? done : FetchingProducts::EndingAfter(failure);
   }
 };

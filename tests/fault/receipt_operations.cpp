@@ -27,15 +27,18 @@ class FindingAReceipt : public Operation {
     World().registry.calls.clear();
     return KestLoadReceipt(target, "guid-1") == 1;
   }
-  // A key that cannot be opened or walked holds no receipt; the search goes on behind it.
+  // A key that cannot be opened or walked holds no receipt; the search goes on behind it, and finds nothing when it
+  // cannot open or walk any.
   std::string EndingAfter(const Failure& failure) const override {
     const FaultPoint& point = failure.point;
+    if (failure.isAlike && (point.call == "RegOpenKeyExA" || point.call == "RegEnumKeyExA")) return failed;
     if (point.call == "RegOpenKeyExA") {
       return point.about == "3-6-1998" || point.about == "1" || point.about == "one" ? done : failed;
     }
     if (point.call == "RegEnumKeyExA") return IsAbout(point, "3-6-1998") ? done : failed;
     const bool isRead = point.call.rfind("RegQueryValueExA", 0) == 0;
-    return isRead && point.about == "Guid of two" && !IsRepeated(failure) ? failed : done;
+    const bool isGuid = point.about == "Guid of two" || (failure.isAlike && point.about.rfind("Guid of ", 0) == 0);
+    return isRead && isGuid && !IsRepeated(failure) ? failed : done;
   }
   std::string Fault(bool isDone, const Failure& failure) override {
     if (!World().Writes().empty()) return "something was written";
@@ -61,12 +64,16 @@ class FindingAReceipt : public Operation {
   static Fields Found(const Failure& failure) {
     const auto isLost = [&failure](const std::string& name) {
       const bool isText = name != "CardType";
-      return failure.point.call.rfind("RegQueryValueExA", 0) == 0 && failure.point.about == name + " of two" &&
-             !(isText && IsRepeated(failure));
+      const std::string& call = failure.point.call;
+      if (call.rfind("RegQueryValueExA", 0) != 0 || (isText && IsRepeated(failure))) return false;
+      if (!failure.isAlike) return failure.point.about == name + " of two";
+      // In the order in which they are read. A number's size is not asked for.
+      static const std::string order = "Tax of two, Amount of two, TXN of two, Merchant of two, CardType of two";
+      return order.find(name + " of two") >= order.find(failure.point.about) && (isText || call == "RegQueryValueExA");
     };
     std::string price = "19.95";
     if (isLost("Tax")) price = "21.95";
-    if (isLost("Amount")) price = "-2.00";
+    if (isLost("Amount")) price = isLost("Tax") ? "0.00" : "-2.00";
     return {{"Note", "old"},
             {"KEST-Receipt-Date", "3-7-1998"},
             {"KEST-Receipt-Price", price},

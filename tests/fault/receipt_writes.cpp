@@ -21,34 +21,39 @@ Writes Joined(const Writes& first, const Writes& then) {
   return all;
 }
 
-// All that may have been written when this call failed and nothing else did.
-std::vector<Writes> AfterOne(const Writes& whole, const FaultPoint& point) {
-  std::vector<Writes> allowed;
-  const bool isSet = point.call == "RegSetValueExA";
-  const std::string name = point.about.substr(0, point.about.find(" of "));
-  for (std::size_t i = 0; i < whole.size(); ++i) {
-    const std::string end = isSet ? " : " + name : "\\" + point.about;
-    const bool isKind = whole[i].rfind(isSet ? "set " : "create ", 0) == 0;
-    if (!isKind || whole[i].size() < end.size() || whole[i].substr(whole[i].size() - end.size()) != end) continue;
-    Writes left = whole;
-    const auto at = left.begin() + static_cast<std::ptrdiff_t>(i);
-    if (isSet) {
-      left.erase(at);
-    } else if (i == 2 || i == 3) {
-      left.resize(i);  // a receipt ends with the key that cannot be made
-    } else {
-      left.erase(at, at + 2);  // a marker without its key
-    }
-    allowed.push_back(left);
+// The writes before the `i`-th, and of the later ones those that are not of its kind.
+Writes WithoutItsLike(const Writes& whole, std::size_t i) {
+  Writes left(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(i));
+  if (whole[i].rfind("create ", 0) == 0) return left;  // nothing can be set where there is no key
+  for (std::size_t later = i; later < whole.size(); ++later) {
+    if (whole[later].rfind("set ", 0) != 0) left.push_back(whole[later]);
   }
-  return allowed;
+  return left;
+}
+
+// What is written when this call fails, alone or with its like, and nothing else does.
+Writes AfterOne(const Writes& whole, const Failure& failure) {
+  const char* kind = failure.point.call == "RegSetValueExA" ? "set " : "create ";
+  std::size_t i = 0;
+  for (int earlier = 0; whole.at(i).rfind(kind, 0) != 0 || earlier++ != failure.earlier;) ++i;
+  if (failure.isAlike) return WithoutItsLike(whole, i);
+  Writes left = whole;
+  const auto at = left.begin() + static_cast<std::ptrdiff_t>(i);
+  if (*kind == 's') {
+    left.erase(at);
+  } else if (i == 2 || i == 3) {
+    left.resize(i);  // a receipt ends with the key that cannot be made
+  } else {
+    left.erase(at, at + 2);  // a marker without its key
+  }
+  return left;
 }
 
 // Without memory what is written is a beginning of the whole. A lack of it that came before the marker, and was over
 // behind it, leaves the receipt.
-bool IsCutShort(const Writes& whole, const Writes& written, bool isFromThenOn) {
+bool IsCutShort(const Writes& whole, const Writes& written, bool isGone) {
   if (BeginsWith(whole, written)) return true;
-  if (isFromThenOn) return false;
+  if (isGone) return false;
   return written == Writes(whole.begin() + markWrites, whole.end());
 }
 
@@ -74,10 +79,9 @@ std::string FaultOf(const Writes& whole, const Failure& failure) {
   bool isRight = written == whole;
   const bool isWrite = failure.point.call == "RegSetValueExA" || failure.point.call == "RegCreateKeyExA";
   if (failure.IsMemory()) {
-    isRight = IsCutShort(whole, written, failure.isFromThenOn);
+    isRight = IsCutShort(whole, written, failure.IsMemoryGone());
   } else if (isWrite) {
-    const std::vector<Writes> allowed = AfterOne(whole, failure.point);
-    isRight = std::find(allowed.begin(), allowed.end(), written) != allowed.end();
+    isRight = written == AfterOne(whole, failure);
   }
   std::string fault;
   for (const std::string& write : written) fault += isRight ? ValueFault(write) : write + "; ";
@@ -106,13 +110,13 @@ void ReceiptWrites::Begin() {
 
 std::string ReceiptWrites::Fault(const Failure& failure) const {
   const std::string expected = FaultOf(Whole(Day() + "\\" + std::to_string(sequence)), failure);
-  if (expected.empty()) return "";
   // A clock that cannot be read gives a day without numbers; a key that cannot be opened counts as free.
   std::string other;
   if (failure.point.call == "GetSystemTime") other = top + "Receipts\\0-0-0\\1";
   if (failure.point.call == "RegOpenKeyExA")
     other = Day() + "\\" + failure.point.about.substr(failure.point.about.rfind('\\') + 1);
-  return other.empty() ? expected : FaultOf(Whole(other), failure);
+  // What fails for good fails for the receipt too; what fails once may have done so elsewhere.
+  return other.empty() || (expected.empty() && !failure.isAlike) ? expected : FaultOf(Whole(other), failure);
 }
 
 std::string ReceiptWrites::MarkFault(bool isDone, const Failure& failure) {

@@ -1,5 +1,5 @@
-// A system that records every call that can fail, by name and in order, and fails one of them, or all from one on, in
-// one of the ways in which that call says that it failed.
+// A system that records every call that can fail, by name and in order, and fails one of them, all from one on, or
+// that one and all later ones of its name, in one of the ways in which that call says that it failed.
 #pragma once
 
 #include <cstdint>
@@ -24,7 +24,7 @@ class FaultSystem : public ForwardingSystem {
  public:
   using ForwardingSystem::ForwardingSystem;
 
-  enum class Failing { never, once, fromThenOn };
+  enum class Failing { never, once, fromThenOn, alikeFromThenOn };
 
   // Forgets what was recorded and fails the `point`-th call from now on, the first being 1, in the `inWay`-th way of
   // that call, the first being 0; a call that has not as many fails in its last.
@@ -255,7 +255,8 @@ class FaultSystem : public ForwardingSystem {
     points.push_back({name, about, count});
     way = failWay < count ? failWay : count - 1;
     if (failing == Failing::once) return points.size() == failPoint;
-    return failing == Failing::fromThenOn && points.size() >= failPoint;
+    if (failing == Failing::never || points.size() < failPoint) return false;
+    return failing == Failing::fromThenOn || points[static_cast<std::size_t>(failPoint) - 1].call == name;
   }
   // The same for a call that fails with one of these; `error` says which.
   bool FailsRegistry(const char* name, const std::string& about, std::initializer_list<std::int32_t> errors) {
