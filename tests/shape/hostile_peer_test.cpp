@@ -60,7 +60,7 @@ TEST_F(HostilePeer, ReturnsWithoutEndCostNoMemory) {
 }
 
 TEST_F(HostilePeer, EmptyLinesBeforeTheStatusLineEndTheCall) {
-  ForEachMessage({"", "\r\n"}, [this] {
+  ForEachMessage({"", "\r\n", 1u << 20}, [this] {
     EXPECT_EQ(KEST_ERROR_EXCHANGE, Fetch());
     EXPECT_LE(sockets.Received(), 8192 + honest[0].size()) << "one look at the connection, and no more";
     EXPECT_LT(memory.Peak(), slack);
