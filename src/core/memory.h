@@ -32,7 +32,7 @@ class WipeAtEnd {
   std::size_t bytes;
 };
 
-// Overwrites what the calls that have returned left on the stack: 48 KiB below the caller's frame, which is more than an
+// Overwrites what the calls that have returned left on the stack: 44 KiB below the caller's frame, which is more than an
 // exchange with the server uses, and the registers in which the runtime library copies. It reaches what no Wipe can:
 // what the compiler or the runtime library put aside.
 void WipeStack();

@@ -44,9 +44,9 @@ class SharedStorage {
   bool IsExclusive() const { return data != nullptr && data->references.load(std::memory_order_acquire) == 0; }
 
   // Sets the length to `length` characters; a block that is shared or too small is replaced by one of
-  // (length / 50 + 1) * 50 bytes. What falls off the end of a block that stays is wiped. Keep carries the old text over, up to the new length; Discard does not. The caller
-  // writes the characters and the NUL. Throws Qor::MemoryException and changes nothing when there is no memory, or for
-  // a length whose block would reach 2^31 bytes.
+  // (length / 50 + 1) * 50 bytes. What falls off the end of a block that stays is wiped. Keep carries the old text over,
+  // up to the new length; Discard does not. The caller writes the characters and the NUL. Throws Qor::MemoryException
+  // and changes nothing when there is no memory, or for a length whose block would reach 2^31 bytes.
   void EnsureLengthKeep(std::uint64_t length) { EnsureLength(length, true); }
   void EnsureLengthDiscard(std::uint64_t length) { EnsureLength(length, false); }
 

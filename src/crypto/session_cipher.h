@@ -40,7 +40,7 @@ class SessionCipher : public Cipher {
 
   // Deciphers a whole message and leaves its padding where it is, for a caller to whom whether it is one must not show
   // in the work: as long as `cipher`. Empty for a message of no bytes, one that is not a whole number of blocks, and on
-  // failure.
+  // failure; without memory for the result it throws Qor::MemoryException, as the operations above do.
   ByteBuffer DecipherWithPadding(const ByteBuffer& cipher);
 
   // The same in pieces: begin, any number of updates, final. Lengths are in bytes; `out` must not overlap `in`. Update

@@ -13,6 +13,8 @@
 #include "crypto/sha1.h"
 #include "secrets/derived_secrets.h"
 #include "secrets/scenarios.h"
+#include "secrets/stack_paint.h"
+#include "support/memory_registry.h"
 #include "support/public_key.h"
 #include "support/toolkit.h"
 #include "transport/body_source.h"
@@ -22,7 +24,7 @@
 namespace kest::testing {
 namespace {
 
-constexpr std::size_t searched = 47 * 1024;  // bytes of stack
+constexpr std::size_t searched = 43 * 1024;  // bytes of stack
 constexpr std::size_t depth = 2048;          // bytes between the test's frame and what it looks at
 
 // Runs the work below room that the test's own next calls may use, and copies what it leaves.
@@ -37,7 +39,8 @@ template <typename Work>
 // Reads what lies below its caller's frame, which no name is left for.
 [[gnu::noinline]] void CopyStack(std::vector<unsigned char>& copy) {
   const auto* frame = static_cast<const volatile unsigned char*>(__builtin_frame_address(0));
-  for (std::size_t i = 0; i < copy.size(); ++i) copy[i] = frame[static_cast<std::ptrdiff_t>(i) - static_cast<std::ptrdiff_t>(searched)];
+  const auto* deepest = frame - searched;
+  for (std::size_t i = 0; i < copy.size(); ++i) copy[i] = deepest[i];
 }
 
 class StackAfter : public ::testing::Test {
@@ -196,6 +199,58 @@ TEST_F(StackAfter, BodiesThatAreSentAndReadAreGone) {
     SkipBody(reader, reply);
   }));
 }
+
+// A world without a server. The keys are made all the same, which goes deepest.
+class NoServer : public KnownEntropy {
+ public:
+  NoServer() : KnownEntropy(7) {}
+
+  int refused = 0;
+
+  os::Socket socket(int, int, int) override { return 5; }
+  int connect(os::Socket, const os::SocketAddress*, int) override {
+    ++refused;
+    return -1;
+  }
+  int setsockopt(os::Socket, int, int, const void*, int) override { return 0; }
+  int closesocket(os::Socket) override { return 0; }
+  const os::HostEntry* gethostbyname(const char*) override {
+    static char address[] = {10, 0, 0, 1};
+    static char* addresses[] = {address, nullptr};
+    static const os::HostEntry entry = {nullptr, nullptr, os::addressFamilyInet, 4, addresses};
+    return &entry;
+  }
+};
+
+class StackBelowACall : public ::testing::TestWithParam<Call> {
+ protected:
+  StackBelowACall() { ConfigureServer(usualExponent); }
+  ~StackBelowACall() override { KestSetServer("", 0, ""); }
+
+  NoServer world;
+  MemoryRegistry registry{world};
+  SystemInForce inForce{registry};
+};
+
+TEST_P(StackBelowACall, IsZeroAsDeepAsWipingReaches) {
+  HostCall call(GetParam());
+  PaintStack();
+  WipeStack();
+  const std::size_t wiped = StackUsed();
+  PaintStack();
+  const bool isDone = call.Run();
+  const std::size_t used = StackUsed();
+  const std::size_t notZero = StackNotZero(depth, wiped - depth);
+  EXPECT_FALSE(isDone);
+  EXPECT_EQ(1, world.refused);
+  EXPECT_GE(used, wiped) << "the call's own frame lies above";
+  EXPECT_LT(used, wiped + depth);
+  EXPECT_EQ(0u, notZero);
+}
+
+constexpr const char* callNames[] = {"Products", "Sale", "Bill"};
+INSTANTIATE_TEST_SUITE_P(Calls, StackBelowACall, ::testing::Values(Call::products, Call::sale, Call::bill),
+                         [](const auto& parameter) { return std::string(callNames[parameter.index]); });
 
 }  // namespace
 }  // namespace kest::testing
