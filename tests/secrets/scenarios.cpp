@@ -54,6 +54,12 @@ const std::vector<Scenario>& Scenarios() {
       {"BillBadPadding", Call::bill, Fault::badPadding, 2},
       {"BillBadDigest", Call::bill, Fault::badDigest, 2},
       {"BillBadClientChallenge", Call::bill, Fault::badClientChallenge, 2},
+      {"HandshakeRedirected", Call::products, Fault::none, 1, Road::redirected},
+      {"ProductsRedirected", Call::products, Fault::none, 2, Road::redirected},
+      {"SaleRedirected", Call::sale, Fault::none, 2, Road::redirected},
+      {"BillRedirected", Call::bill, Fault::none, 2, Road::redirected},
+      {"SaleThroughProxy", Call::sale, Fault::none, 0, Road::proxy},
+      {"ProxyRefused", Call::sale, Fault::refused, 2, Road::proxy},
   };
   return all;
 }
@@ -92,6 +98,11 @@ void ConfigureServer(unsigned exponent) {
   String text;
   ByteBuffer(der.data(), static_cast<std::uint32_t>(der.size())).EncodeBase64(text);
   KestSetServer("shop.example", 8080, text.Text());
+}
+
+void ConfigureProxy(const Scenario& scenario) {
+  const bool isUsed = scenario.road == Road::proxy;
+  KestSetProxy(isUsed ? "proxy.example" : "", isUsed ? 3128 : 0);
 }
 
 bool KnownEntropy::GetDiskFreeSpaceA(const char*, std::uint32_t* sectors, std::uint32_t* bytes,

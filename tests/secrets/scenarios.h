@@ -27,11 +27,15 @@ enum class Fault {
   refused,
 };
 
+// How messages come to the server.
+enum class Road { direct, redirected, proxy };
+
 struct Scenario {
   const char* name;
   Call call;
   Fault fault;
-  int exchange;  // where the fault is: 1 the handshake, 2 the request
+  int exchange;  // where the fault or the redirect is: 1 the handshake, 2 the request
+  Road road = Road::direct;
 };
 
 const std::vector<Scenario>& Scenarios();
@@ -59,6 +63,9 @@ class HostCall {
 // be read.
 void ConfigureServer(unsigned exponent);
 constexpr unsigned usualExponent = 65537;
+
+// Sets the proxy for the scenarios that go through one, and none for others.
+void ConfigureProxy(const Scenario& scenario);
 
 // A system whose entropy follows from a number.
 class KnownEntropy : public ForwardingSystem {

@@ -6,6 +6,7 @@
 #include <cstring>
 #include <fstream>
 #include <iostream>
+#include <utility>
 
 #include "secrets/derived_secrets.h"
 #include "secrets/scenarios.h"
@@ -61,6 +62,7 @@ class Recorder {
   void Run() {
     const SystemInForce inForce(registry);
     ConfigureServer(1);
+    ConfigureProxy(scenario);
     HostCall call(scenario.call);
     const bool isDone = call.Run();
     const bool isMeantToBe = scenario.fault == Fault::none || scenario.fault == Fault::refused;
@@ -95,8 +97,12 @@ class Recorder {
       requestText = server.OpenRequest(request);
       sealedRequest = request.body;
     }
-    const bool isWrong = scenario.exchange == (isHandshake ? 1 : 2);
-    const std::string reply = isWrong ? WrongReply(isHandshake) : server.Reply(FieldsOf(isHandshake), Note());
+    const bool isMeant = scenario.exchange == (isHandshake ? 1 : 2);
+    const bool isHonest = !isMeant || scenario.road == Road::redirected;
+    const bool isRedirect = isMeant && scenario.road == Road::redirected && !std::exchange(isRedirected, true);
+    const std::string reply = isRedirect ? SealedServer::Http("", "HTTP/1.0 302 Found\r\nLocation: /elsewhere")
+                              : isHonest ? server.Reply(FieldsOf(isHandshake), Note())
+                                         : WrongReply(isHandshake);
     replies.push_back(reply);
     return reply;
   }
@@ -194,6 +200,7 @@ class Recorder {
   SecretWindows secrets;
   std::vector<std::string> screens, systemBytes, replies, replyMessages;
   std::string handshakeText, exportedKey, requestText, sealedRequest;
+  bool isRedirected = false;
 };
 
 }  // namespace

@@ -6,6 +6,8 @@
 #include <ostream>
 #include <sstream>
 
+#include "core/memory.h"
+
 namespace kest::testing {
 namespace {
 
@@ -29,6 +31,21 @@ std::uint64_t HashOf(const unsigned char* bytes) {
   return hash ^ hash >> 32;
 }
 
+// Takes the bytes out of the region that they lie in, of which what is in front of them and behind them stays.
+template <typename Element>
+void TakeOut(const std::vector<Element>& own, std::vector<Region>& regions) {
+  const auto* begin = reinterpret_cast<const unsigned char*>(own.data());
+  const unsigned char* end = begin + own.size() * sizeof(Element);
+  for (Region& region : regions) {
+    const unsigned char* regionEnd = region.begin + region.length;
+    if (begin < region.begin || end > regionEnd) continue;
+    const Region behind = {end, static_cast<std::size_t>(regionEnd - end), region.name};
+    region.length = static_cast<std::size_t>(begin - region.begin);
+    regions.push_back(behind);
+    return;
+  }
+}
+
 bool IsTelling(const unsigned char* bytes) {
   int different = 0;
   for (std::size_t i = 0; i < SecretWindows::windowLength && different < 4; ++i) {
@@ -38,6 +55,11 @@ bool IsTelling(const unsigned char* bytes) {
 }
 
 }  // namespace
+
+SecretWindows::~SecretWindows() {
+  Wipe(windows.data(), windows.size() * sizeof(Window));
+  Wipe(filter.data(), filter.size() * sizeof filter[0]);
+}
 
 void SecretWindows::Add(const std::string& name, const void* secret, std::size_t length) {
   const auto* bytes = static_cast<const unsigned char*>(secret);
@@ -62,6 +84,10 @@ void SecretWindows::Index() {
   const auto isSame = [](const Window& a, const Window& b) { return a.hash == b.hash; };
   std::stable_sort(windows.begin(), windows.end(), isBefore);
   windows.erase(std::unique(windows.begin(), windows.end(), isSame), windows.end());
+  MakeFilter();
+}
+
+void SecretWindows::MakeFilter() {
   filter.assign(std::size_t{1} << (filterBits - 6), 0);
   for (const Window& window : windows) {
     const std::uint64_t bit = window.hash >> (64 - filterBits);
@@ -87,7 +113,14 @@ void SecretWindows::Read(std::istream& file) {
   windows.resize(count);
   file.get();
   file.read(reinterpret_cast<char*>(windows.data()), static_cast<std::streamsize>(count * sizeof(Window)));
-  Index();
+  MakeFilter();
+}
+
+std::string SecretWindows::FindAnywhere(const std::string& except) const {
+  std::vector<Region> regions = WritableRegions();
+  TakeOut(windows, regions);
+  TakeOut(filter, regions);
+  return Find(regions, except);
 }
 
 std::string SecretWindows::Find(const std::vector<Region>& regions, const std::string& except) const {
@@ -111,8 +144,8 @@ std::string SecretWindows::Find(const std::vector<Region>& regions, const std::s
       if (!except.empty() && name.compare(0, except.size(), except) == 0) continue;
       // One line for windows that follow each other.
       if (at != last + 1) {
-        found << name << " from " << window->offset << " at " << static_cast<const void*>(at) << " in " << region.name
-              << "\n";
+        found << name << " from " << window->offset << " at " << static_cast<const void*>(at) << " in "
+              << region.name << "\n";
       }
       last = at;
     }

@@ -13,6 +13,12 @@ namespace kest::testing {
 
 class SecretWindows {
  public:
+  SecretWindows() = default;
+  SecretWindows(const SecretWindows&) = default;
+  SecretWindows& operator=(const SecretWindows&) = default;
+  // Leaves zeros in the heap: random bytes would slow down every later search.
+  ~SecretWindows();
+
   // Adds every window of a secret, but those of fewer than 4 different bytes: all memory is full of them. A window that
   // is there already keeps the name that it has.
   void Add(const std::string& name, const void* secret, std::size_t length);
@@ -23,17 +29,20 @@ class SecretWindows {
 
   void Write(std::ostream& file);
   void Read(std::istream& file);
-  // Makes what was added findable; reading and writing do it too.
+  // Makes what was added findable; writing does it too, and what was read is.
   void Index();
 
   // What was found where, one line a place; empty for nothing. Names that begin with `except` are not looked for.
   std::string Find(const std::vector<Region>& regions, const std::string& except = {}) const;
-  // The same in all memory that this process can write.
-  std::string FindAnywhere(const std::string& except = {}) const { return Find(WritableRegions(), except); }
+  // The same in all memory that this process can write, but for the hashes themselves: they are most of it, and nobody
+  // else writes there.
+  std::string FindAnywhere(const std::string& except = {}) const;
 
   static constexpr std::size_t windowLength = 16;  // bytes
 
  private:
+  void MakeFilter();
+
   struct Window {
     std::uint64_t hash;
     std::uint32_t name, offset;
