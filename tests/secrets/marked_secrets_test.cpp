@@ -1,8 +1,4 @@
-// Does a branch or an address depend on a secret? Run by memcheck: secrets are marked as undefined, and memcheck counts
-// an error for every branch on what follows from them. Results are declared defined before a test looks at them.
-#include <gtest/gtest.h>
-#include <valgrind/memcheck.h>
-
+// Does a branch or an address of an algorithm depend on a secret?
 #include <cstring>
 
 #include "core/memory.h"
@@ -15,32 +11,13 @@
 #include "crypto/rc5.h"
 #include "crypto/session_cipher.h"
 #include "crypto/sha1.h"
+#include "secrets/marked.h"
 #include "support/toolkit.h"
 
-namespace kest {
+namespace kest::testing {
 namespace {
 
-using testing::Bytes;
-using testing::SomeBytes;
-
-template <typename Memory>
-void Mark(Memory* memory, std::size_t bytes) {
-  // The macro's result says whether the mark was set.
-  ASSERT_EQ(1u, VALGRIND_MAKE_MEM_UNDEFINED(memory, bytes) & 1u) << "this program is run by valgrind's memcheck";
-}
-
-template <typename Memory>
-void Publish(Memory* memory, std::size_t bytes) {
-  (void)VALGRIND_MAKE_MEM_DEFINED(memory, bytes);
-}
-
-class MarkedSecrets : public ::testing::Test {
- protected:
-  void SetUp() override { ASSERT_NE(0u, RUNNING_ON_VALGRIND) << "this program is run by valgrind's memcheck"; }
-  // Each test's own errors.
-  static unsigned Errors() { return static_cast<unsigned>(VALGRIND_COUNT_ERRORS); }
-  unsigned before = Errors();
-};
+using MarkedSecrets = MarkedTest;
 
 // A branch that the compiler cannot turn into anything else.
 [[gnu::noinline]] int BranchOn(const volatile std::uint8_t* byte) {
@@ -61,6 +38,13 @@ TEST_F(MarkedSecrets, ABranchOnAMarkedByteIsFound) {
   EXPECT_GT(Errors(), before);
 }
 
+TEST_F(MarkedSecrets, MarksAreCounted) {
+  Bytes bytes = SomeBytes(10);
+  EXPECT_EQ(0u, MarkedBytes(bytes.data(), 10));
+  Mark(bytes.data() + 3, 4);
+  EXPECT_EQ(4u, MarkedBytes(bytes.data(), 10));
+}
+
 TEST_F(MarkedSecrets, MemoryThatIsNotMarkedIsNone) {
   const std::uint8_t byte = 7;
   EXPECT_EQ(1, BranchOn(&byte));
@@ -79,6 +63,7 @@ TEST_F(MarkedSecrets, Rc5DoesNotBranchOnKeyOrText) {
     Rc5ExpandKey(table, rounds, key.data(), 128);
     Rc5BeginChain(chain, iv.data());
     Rc5EncipherBlocks(table, chain, text.data(), text.data(), 11);
+    EXPECT_EQ(88u, MarkedBytes(text.data(), text.size()));
     Rc5BeginChain(chain, iv.data());
     Rc5DecipherBlocks(table, chain, text.data(), text.data(), 11);
     EXPECT_EQ(before, Errors()) << rounds;
@@ -99,6 +84,7 @@ TEST_F(MarkedSecrets, GeneratorAndItsKeysDoNotBranchOnTheSeed) {
   const ByteBuffer opened = cipher.DecipherWithPadding(sealed);
   EXPECT_EQ(before, Errors());
   EXPECT_EQ(136u, exported.Length());
+  EXPECT_EQ(136u, MarkedBytes(exported.Bytes(), 136));
   ASSERT_EQ(104u, opened.Length());
   Publish(opened.Bytes(), 104);
   Publish(text.data(), text.size());
@@ -114,6 +100,7 @@ TEST_F(MarkedSecrets, SecondSeedingDoesNotBranchOnTheState) {
   for (int seeding = 0; seeding < 2; ++seeding) {
     Md5RandomSeed(random, seed.data(), 40);
     Md5RandomGenerate(random, drawn, sizeof drawn);
+    EXPECT_EQ(sizeof drawn, MarkedBytes(drawn, sizeof drawn));
   }
   EXPECT_EQ(before, Errors());
 }
@@ -135,6 +122,7 @@ TEST_F(MarkedSecrets, RsaDoesNotBranchOnTheBlock) {
       std::memcpy(words, bytes.data(), sizeof words);
       Mark(words, sizeof words);
       montgomery.Exponentiate(words, words, exponent);
+      EXPECT_EQ(sizeof words, MarkedBytes(words, sizeof words));
     }
   }
   EXPECT_EQ(before, Errors());
@@ -148,10 +136,13 @@ TEST_F(MarkedSecrets, DigestsDoNotBranchOnTheText) {
   Sha1Init(sha1);
   Sha1Update(sha1, text.data(), 300);
   Sha1Final(sha1, digest);
+  EXPECT_EQ(sha1Length, MarkedBytes(digest, sha1Length));
   Md5Context md5;
   Md5Init(md5);
+  Publish(digest, sizeof digest);
   Md5Update(md5, text.data(), 300);
   Md5Final(md5, digest);
+  EXPECT_EQ(md5Length, MarkedBytes(digest, md5Length));
   EXPECT_EQ(before, Errors());
 }
 
@@ -174,6 +165,7 @@ TEST_F(MarkedSecrets, EndOfATextDoesNotShow) {
   const std::uint32_t length = CutAtFirstZero(text.data(), 160);
   std::uint8_t digest[sha1Length];
   Sha1OfHiddenLength(text.data(), length, 160, digest);
+  EXPECT_EQ(sha1Length, MarkedBytes(digest, sha1Length));
   EXPECT_EQ(before, Errors());
 }
 
@@ -182,6 +174,7 @@ TEST_F(MarkedSecrets, ComparisonDoesNotBranchOnWhereBytesDiffer) {
   b[10] ^= 1;
   Mark(a.data(), a.size());
   bool isEqual = EqualBytes(a.data(), b.data(), 64);
+  EXPECT_EQ(1u, MarkedBytes(&isEqual, sizeof isEqual));
   EXPECT_EQ(before, Errors());
   // The outcome is public.
   Publish(&isEqual, sizeof isEqual);
@@ -197,4 +190,4 @@ TEST_F(MarkedSecrets, WipingDoesNotLookAtWhatItWipes) {
 }
 
 }  // namespace
-}  // namespace kest
+}  // namespace kest::testing
