@@ -17,8 +17,8 @@ PROGRAM = ""
 def count():
     """{kind: {name: instructions}}"""
     with tempfile.TemporaryDirectory() as folder:
-        done = subprocess.run(["valgrind", "--tool=callgrind", f"--callgrind-out-file={folder}/out", PROGRAM], check=True,
-                              stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True, timeout=300)
+        done = subprocess.run(["valgrind", "--tool=callgrind", f"--callgrind-out-file={folder}/out", PROGRAM],
+                              check=True, stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True, timeout=300)
         assert done.stdout == "", done.stdout
         kinds = collections.defaultdict(dict)
         for path in pathlib.Path(folder).glob("out.*"):
@@ -52,6 +52,12 @@ class EqualWork(unittest.TestCase):
 
     def test_a_comparison_costs_the_same_wherever_bytes_differ(self):
         self.check("comparison", 65, 64)
+
+    def test_a_comparison_that_ends_at_the_first_difference_is_noticed(self):
+        counts = self.kinds["hasty comparison"]
+        print(f"hasty comparison: {counts}")
+        self.assertLess(counts["byte 3"], counts["byte 4"])
+        self.assertLess(counts["byte 4"], counts["byte 60"])
 
 
 if __name__ == "__main__":

@@ -153,6 +153,25 @@ void CountComparisons() {
   }
 }
 
+// What must be seen to differ, or no count means anything.
+[[gnu::noinline]] bool EqualUpToTheFirstDifference(const volatile char* a, const volatile char* b, std::size_t length) {
+  for (std::size_t i = 0; i < length; ++i) {
+    if (a[i] != b[i]) return false;
+  }
+  return true;
+}
+
+void CountHastyComparisons() {
+  const std::vector<char> a(64, 'a');
+  for (const std::size_t at : {3, 4, 60}) {
+    std::vector<char> b = a;
+    b[at] = 'b';
+    volatile bool isEqual = false;
+    Count("hasty comparison: byte " + std::to_string(at),
+          [&] { isEqual = EqualUpToTheFirstDifference(a.data(), b.data(), 64); });
+  }
+}
+
 }  // namespace
 }  // namespace kest
 
@@ -161,5 +180,6 @@ int main() {
   kest::CountBadMessages(replies);
   kest::CountWrongChallenges(replies);
   kest::CountComparisons();
+  kest::CountHastyComparisons();
   return 0;
 }
