@@ -49,7 +49,7 @@ void TakeOut(const std::vector<Element>& own, std::vector<Region>& regions) {
 bool IsTelling(const unsigned char* bytes) {
   int different = 0;
   for (std::size_t i = 0; i < SecretWindows::windowLength && different < 4; ++i) {
-    different += std::find(bytes, bytes + i, bytes[i]) == bytes + i ? 1 : 0;
+    different += bytes[i] != 0 && std::find(bytes, bytes + i, bytes[i]) == bytes + i ? 1 : 0;
   }
   return different >= 4;
 }
@@ -130,8 +130,8 @@ std::string SecretWindows::Find(const std::vector<Region>& regions, const std::s
     const unsigned char* end = region.begin + region.length;
     for (const unsigned char* at = region.begin; at + windowLength <= end; ++at) {
       if (IsZero(at)) {
-        // The next two windows have 14 of these bytes and cannot have 4 different ones.
-        at += 2;
+        // The next three windows have 13 of these zeros and cannot have 4 other bytes.
+        at += 3;
         continue;
       }
       const std::uint64_t hash = HashOf(at);

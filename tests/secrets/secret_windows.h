@@ -19,8 +19,8 @@ class SecretWindows {
   // Leaves zeros in the heap: random bytes would slow down every later search.
   ~SecretWindows();
 
-  // Adds every window of a secret, but those of fewer than 4 different bytes: all memory is full of them. A window that
-  // is there already keeps the name that it has.
+  // Adds every window of a secret, but those of fewer than 4 different bytes beside zero: all memory is full of them, and
+  // counters come to have any value. A window that is there already keeps the name that it has.
   void Add(const std::string& name, const void* secret, std::size_t length);
   void Add(const std::string& name, const std::string& secret) { Add(name, secret.data(), secret.size()); }
 
