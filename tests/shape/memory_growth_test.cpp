@@ -1,8 +1,10 @@
 // How much memory does a byte from the server cost? For each kind of thing that a server can send more and more of, the
 // most that a call holds at one time is in proportion to the bytes received, and so is what it allocates in all, which
-// bounds what it copies. The factors are those of 64-bit systems, where pointers and locks are largest; the largest of
-// them is what docs may promise.
+// bounds what it copies. The factors are those of 64-bit systems, where pointers and locks are largest; docs/security.md
+// promises them.
 #include <cstdio>
+#include <fstream>
+#include <sstream>
 
 #include "shape/hostile_fixture.h"
 
@@ -103,6 +105,27 @@ TEST_F(MemoryGrowth, IsInProportionToTheBytesReceived) {
       EXPECT_LE(held, kind.held);
       EXPECT_LE(allocated, kind.allocated);
     }
+  }
+}
+
+// Rows: | name | held, measured | bound | allocated, measured | bound |
+TEST(MemoryGrowthPage, StatesTheBoundsOfEveryKind) {
+  std::ifstream file(KEST_SECURITY_PAGE);
+  std::stringstream page;
+  page << file.rdbuf();
+  for (const Kind& kind : Kinds()) {
+    const std::string begin = std::string("\n| ") + kind.name + " | ";
+    const std::size_t at = page.str().find(begin);
+    ASSERT_NE(std::string::npos, at) << kind.name;
+    std::istringstream row(page.str().substr(at + begin.size()));
+    double held = 0, heldBound = 0, allocated = 0, allocatedBound = 0;
+    char bar = 0;
+    row >> held >> bar >> heldBound >> bar >> allocated >> bar >> allocatedBound;
+    EXPECT_TRUE(row) << kind.name;
+    EXPECT_EQ(kind.held, heldBound) << kind.name;
+    EXPECT_EQ(kind.allocated, allocatedBound) << kind.name;
+    EXPECT_LE(held, heldBound) << kind.name;
+    EXPECT_LE(allocated, allocatedBound) << kind.name;
   }
 }
 
