@@ -10,6 +10,7 @@
 #include <boost/beast/http/write.hpp>
 #include <functional>
 #include <optional>
+#include <new>
 #include <stdexcept>
 
 #include "listening.h"
@@ -46,7 +47,7 @@ class AdminConnection : public std::enable_shared_from_this<AdminConnection> {
   void OnRequest(Error error) {
     if (!error) return Send(routes.Answer(Request()));
     if (error == http::error::body_limit) return Send(AdminError(413, "the body is larger than 64 KB"));
-    if (error == http::error::buffer_overflow) return Send(AdminError(413, "the chunks carry too much beside the body"));
+    if (error == http::error::buffer_overflow) return Send(AdminError(413, "the chunks carry too much beside a body"));
     if (error == http::error::header_limit) return Send(AdminError(431, "the head is larger than 16 KB"));
     const bool malformed = error.category() == make_error_code(http::error::bad_field).category() &&
                            error != http::error::end_of_stream && error != http::error::partial_message;
@@ -105,7 +106,7 @@ class AdminConnection : public std::enable_shared_from_this<AdminConnection> {
 };
 
 AdminServer::AdminServer(asio::io_context& runner, AdminRoutes& served, std::shared_ptr<spdlog::logger> itsLog)
-    : acceptor(runner), pause(runner), routes(served), log(std::move(itsLog)) {}
+    : io(runner), acceptor(runner), pause(runner), routes(served), log(std::move(itsLog)) {}
 
 AdminServer::~AdminServer() {
   *self = nullptr;
@@ -125,25 +126,31 @@ std::uint16_t AdminServer::Listen(const std::string& address, std::uint16_t port
 
 void AdminServer::Accept() {
   if (accepting || !acceptor.is_open() || connections.size() >= mostAdminConnections) return;
-  accepting = true;
-  acceptor.async_accept([this](Error error, Tcp::socket socket) {
-    accepting = false;
-    if (error == asio::error::operation_aborted || !acceptor.is_open()) return;
-    if (!error) {
-      const auto over = [server = self](AdminConnection* gone) {
-        if (*server) (*server)->OnOver(gone);
-      };
-      const auto connection = std::make_shared<AdminConnection>(std::move(socket), routes, over);
-      connections.insert(connection.get());
-      connection->Start();
-      return Accept();
-    }
-    // As at the other port: file descriptors come back as connections end.
-    log->error("a connection to the admin port could not be accepted: {}", error.message());
-    pause.expires_after(std::chrono::milliseconds(100));
-    pause.async_wait([this](Error stopped) {
-      if (!stopped) Accept();
-    });
+  try {
+    acceptor.async_accept([this](Error error, Tcp::socket socket) { OnAccepted(error, std::move(socket)); });
+    accepting = true;
+  } catch (const std::bad_alloc&) {
+    io.stop();
+  }
+}
+
+void AdminServer::OnAccepted(Error error, Tcp::socket socket) {
+  accepting = false;
+  if (error == asio::error::operation_aborted || !acceptor.is_open()) return;
+  if (!error) {
+    const auto over = [server = self](AdminConnection* gone) {
+      if (*server) (*server)->OnOver(gone);
+    };
+    const auto connection = std::make_shared<AdminConnection>(std::move(socket), routes, over);
+    connections.insert(connection.get());
+    connection->Start();
+    return Accept();
+  }
+  // As at the other port: file descriptors come back as connections end.
+  log->error("a connection to the admin port could not be accepted: {}", error.message());
+  pause.expires_after(std::chrono::milliseconds(100));
+  pause.async_wait([this](Error stopped) {
+    if (!stopped) Accept();
   });
 }
 

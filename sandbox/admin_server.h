@@ -29,13 +29,17 @@ class AdminServer {
   /// reason in words, also when the address is not a loopback address.
   std::uint16_t Listen(const std::string& address, std::uint16_t port);
 
+  /// Goes on to accept connections where it could not for lack of memory. The io_context was stopped then.
+  void Accept();
+
   /// Takes no new connection and closes all that are open.
   void Stop();
 
  private:
-  void Accept();
+  void OnAccepted(boost::system::error_code error, boost::asio::ip::tcp::socket socket);
   void OnOver(AdminConnection* connection);
 
+  boost::asio::io_context& io;
   boost::asio::ip::tcp::acceptor acceptor;
   boost::asio::steady_timer pause;
   AdminRoutes& routes;

@@ -5,6 +5,7 @@
 #include <boost/asio/post.hpp>
 #include <boost/asio/signal_set.hpp>
 #include <csignal>
+#include <new>
 #include <set>
 
 #include "admin_server.h"
@@ -27,6 +28,8 @@ struct HttpServer::Core {
   void OnAccepted(Error error, Tcp::socket socket);
   void OnOver(HttpConnection* connection);
   void Stop();
+  void Run();
+  void GoOnAfter(const char* failure);
 
   ConnectionContext context;
   std::set<HttpConnection*> connections;  // each takes itself out when it is destroyed
@@ -43,8 +46,12 @@ struct HttpServer::Core {
 
 void HttpServer::Core::Accept() {
   if (accepting || !acceptor.is_open() || connections.size() >= context.limits.maxConnections) return;
-  accepting = true;
-  acceptor.async_accept([this](Error error, Tcp::socket socket) { OnAccepted(error, std::move(socket)); });
+  try {
+    acceptor.async_accept([this](Error error, Tcp::socket socket) { OnAccepted(error, std::move(socket)); });
+    accepting = true;
+  } catch (const std::bad_alloc&) {
+    io.stop();  // a connection that ends calls this, where nothing may be thrown; Run tries again
+  }
 }
 
 void HttpServer::Core::OnAccepted(Error error, Tcp::socket socket) {
@@ -86,6 +93,26 @@ void HttpServer::Core::Stop() {
   }
 }
 
+// What failed has lost its connection and nothing else.
+void HttpServer::Core::Run() {
+  for (;;) {
+    try {
+      io.run();
+      if (!acceptor.is_open()) return;
+      GoOnAfter("not enough memory to accept a connection");
+    } catch (const std::exception& error) {
+      GoOnAfter(error.what());
+    }
+  }
+}
+
+void HttpServer::Core::GoOnAfter(const char* failure) {
+  context.log->error("the server failed at a connection and goes on: {}", failure);
+  io.restart();
+  Accept();
+  if (admin) admin->Accept();
+}
+
 HttpServer::HttpServer(CommerceServer& commerceServer, HttpLimits limits, std::shared_ptr<spdlog::logger> log,
                        FaultTable* faults, RequestLog* requests)
     : core(std::make_unique<Core>(commerceServer, limits, std::move(log), faults, requests)) {}
@@ -119,7 +146,7 @@ void HttpServer::StopOnSignals() {
 }
 
 void HttpServer::Run() {
-  core->io.run();
+  core->Run();
 }
 
 void HttpServer::Stop() {

@@ -20,7 +20,8 @@ std::optional<FieldList> ReadRecord(std::string_view text);
 /// Prices the order of the request, its "KEST-Product" fields in their sequence, and puts products, total, tax and
 /// merchant into the sale. Products are those of the application that "GUID" and "VERSIONID" name, and of the whole
 /// catalogue when there is no "GUID" or an empty one. Tax is computed once for each application in the order. Returns
-/// noError, or what is wrong with the order, also when it has more than mostOrderLines lines; the sale is of no use then.
+/// noError, or what is wrong with the order, which may be that it has more than mostOrderLines lines; the sale is of no
+/// use then.
 ErrorCode PriceOrder(const FieldList& request, const Catalogue& catalogue, Sale& sale);
 
 }  // namespace sandbox

@@ -7,6 +7,7 @@
 #include <memory>
 #include <vector>
 
+#include "sandbox/admin_client.h"
 #include "sandbox/selling.h"
 #include "sandbox/socket.h"
 #include "server_limits.h"
@@ -122,6 +123,22 @@ TEST_F(Crowd, AdminPortServesSixteenAtATime) {
   EXPECT_THAT(sockets.front()->ReadToEnd(orderly), HasSubstr("{\"status\":\"ok\"}"));
   sockets.erase(sockets.begin());
   EXPECT_THAT(sockets.back()->ReadToEnd(orderly), HasSubstr("{\"status\":\"ok\"}"));
+}
+
+// The room for a body is taken when its head has arrived.
+TEST_F(Crowd, MemoryThatRunsOutEndsConnectionsAndNotTheServer) {
+#ifdef __SANITIZE_ADDRESS__
+  GTEST_SKIP() << "the sanitizer's shadow memory is larger than any limit";
+#endif
+  options = {"--admin", "127.0.0.1:0"};
+  Start();
+  const rlim_t bytes = (serve->Megabytes("VmSize:") + 80) * 1024 * 1024;
+  const rlimit limit = {bytes, bytes};
+  ASSERT_EQ(::prlimit(serve->Id(), RLIMIT_AS, &limit, nullptr), 0);
+  Open(4, Client().Head("/BillCustomer", 33554432) + "AAAA");
+  ASSERT_TRUE(serve->WaitForLog("the server failed at a connection and goes on"));
+  EXPECT_EQ(Sale(), "0");
+  EXPECT_EQ(AdminClient(admin).Get("/health").status, 200);
 }
 
 // Sealed requests of many lines and of one line of many pairs, and large bodies that stay unfinished beside them, and

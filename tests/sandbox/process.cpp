@@ -96,11 +96,11 @@ bool Process::WaitForLog(const std::string& text, int times) {
   return true;
 }
 
-std::size_t Process::MostMegabytes() const {
+std::size_t Process::Megabytes(const std::string& name) const {
   std::ifstream status("/proc/" + std::to_string(id) + "/status");
   for (std::string word; status >> word;) {
     std::size_t kilobytes = 0;
-    if (word == "VmHWM:" && status >> kilobytes) return kilobytes / 1024;
+    if (word == name && status >> kilobytes) return kilobytes / 1024;
   }
   throw std::runtime_error("cannot read the memory of the process");
 }

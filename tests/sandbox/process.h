@@ -32,7 +32,10 @@ class Process {
   bool HoldsInMemory(const std::string& text) const;
 
   /// Returns the most memory that the process has had so far, in megabytes.
-  std::size_t MostMegabytes() const;
+  std::size_t MostMegabytes() const { return Megabytes("VmHWM:"); }
+
+  /// Returns what the system says of the process's memory under that name, in megabytes.
+  std::size_t Megabytes(const std::string& name) const;
 
   /// Waits for the end; returns the exit code, 1000 plus the number of the signal that ended it, or -1 when it does not
   /// end. Afterwards Output and Log hold all that it wrote.
