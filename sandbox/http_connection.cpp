@@ -8,6 +8,7 @@
 #include <boost/asio/write.hpp>
 #include <boost/beast/http/read.hpp>
 #include <boost/beast/http/status.hpp>
+#include <utility>
 
 #include "log_text.h"
 #include "masking.h"
@@ -18,6 +19,8 @@ namespace {
 
 namespace asio = boost::asio;
 namespace http = boost::beast::http;
+
+constexpr std::chrono::milliseconds cancelAgain{20};
 
 // Tells of a head that CheckHead has passed and that still fails the parser, where only the parser looks.
 bool IsMalformed(const boost::system::error_code& error) {
@@ -48,14 +51,14 @@ HttpConnection::HttpConnection(Tcp::socket connected, ConnectionContext& shared,
 }
 
 HttpConnection::~HttpConnection() {
-  context.bodiesHeld -= held;
+  GiveBack();
   over(this);
 }
 
 void HttpConnection::Start() {
   StartTimer(context.limits.clientTime);
   socket.async_wait(Tcp::socket::wait_read, [self = shared_from_this()](Error error) {
-    if (error || self->timedOut) return self->RefuseIncomplete(error);
+    if (error) return self->RefuseIncomplete(error);
     self->begun = true;
     self->ReadHead();
   });
@@ -78,7 +81,7 @@ void HttpConnection::ReadHead() {
 
 void HttpConnection::OnHead(Error error, std::size_t length) {
   if (error == asio::error::not_found) return Refuse(Refusal::HeadTooLarge);
-  if (error || timedOut) return RefuseIncomplete(error);
+  if (error) return RefuseIncomplete(error);
   try {
     head = CheckHead(std::string_view(received).substr(0, length));
   } catch (const Refused& refused) {
@@ -90,14 +93,27 @@ void HttpConnection::OnHead(Error error, std::size_t length) {
   ReadBody();
 }
 
-// What a body brings with it, up to the reply, stays in memory as long as the connection. It is counted by what is
-// announced, because afterwards it would be too late to refuse it.
+// A body is counted by what is announced, because afterwards it would be too late to refuse it.
 bool HttpConnection::HoldBody() {
   if (head->contentLength <= smallBody) return true;
   if (context.bodiesHeld + head->contentLength > bodiesAtOnce * context.limits.maxBody) return false;
-  held = head->contentLength;
-  context.bodiesHeld += held;
+  bodyHeld = head->contentLength;
+  context.bodiesHeld += bodyHeld;
   return true;
+}
+
+// From here on the reply stays in memory in place of the body.
+void HttpConnection::HoldReply() {
+  GiveBack();
+  std::string().swap(parser.get().body());
+  if (reply.body.size() <= smallBody) return;
+  replyHeld = reply.body.size();
+  context.repliesHeld += replyHeld;
+}
+
+void HttpConnection::GiveBack() {
+  context.bodiesHeld -= std::exchange(bodyHeld, 0);
+  context.repliesHeld -= std::exchange(replyHeld, 0);
 }
 
 void HttpConnection::ReadBody() {
@@ -115,6 +131,10 @@ void HttpConnection::OnBody(Error error) {
   const Fault* fault = plan.Main();
   if (fault && fault->kind == FaultKind::Status) return AnswerStatus(*fault);
   if (buffer.size() > 0) return Refuse(Refusal::BodyTooLong);
+  // Before anything is done, since how long the reply will be is only known when a sale is made. Handshakes have short
+  // ones.
+  const bool handshake = head->connectionId.empty();
+  if (!handshake && context.repliesHeld > context.limits.maxReplies) return Refuse(Refusal::RepliesTooLarge);
   AnswerRequest();
 }
 
@@ -185,8 +205,9 @@ void HttpConnection::Reply(HttpReply toSend, const Fault* fault) {
   if (toSend.reason.empty()) toSend.reason = ReasonOf(toSend.status);
   Remember(toSend.status);
   reply = WriteReply(std::move(toSend), fault);
+  HoldReply();
   if (plan.Delay().count() == 0 || context.stopping) return Send();
-  timer.cancel();
+  timer.expires_at(std::chrono::steady_clock::time_point::max());  // the client's time stands still
   delay.expires_after(plan.Delay());
   delay.async_wait([self = shared_from_this()](Error) { self->Send(); });
 }
@@ -196,6 +217,8 @@ void HttpConnection::Send() {
   const std::array<asio::const_buffer, 2> bytes = {asio::buffer(reply.head), asio::buffer(reply.body)};
   asio::async_write(socket, bytes, [self = shared_from_this()](Error error, std::size_t) {
     if (error) return self->context.log->warn("{}: the reply was not taken: {}", self->About(), error.message());
+    self->GiveBack();
+    std::string().swap(self->reply.body);
     Error ignored;
     self->socket.shutdown(Tcp::socket::shutdown_send, ignored);
     self->StartTimer(std::min(drainTime, self->context.limits.clientTime));
@@ -219,14 +242,19 @@ void HttpConnection::StartTimer(std::chrono::milliseconds time) {
   });
 }
 
+// What has arrived by then is still read and a whole request answered: it may have waited for the server, and not the
+// server for it. A cancelling therefore ends only a waiting for more, and is repeated, because it may fall between two
+// steps of a reading.
 void HttpConnection::OnTimer() {
+  if (timer.expiry() > std::chrono::steady_clock::now()) return;  // it was set anew when this call was under way
   Error ignored;
-  timedOut = true;
   if (replying) {
     socket.close(ignored);
-  } else {
-    socket.cancel(ignored);
+    return;
   }
+  timedOut = true;
+  socket.cancel(ignored);
+  StartTimer(cancelAgain);
 }
 
 std::string HttpConnection::About() const {

@@ -28,7 +28,8 @@ struct ConnectionContext {
   FaultTable* faults;    // null: none are ever applied
   RequestLog* requests;  // null: requests are not remembered
   bool stopping = false;
-  std::size_t bodiesHeld = 0;  // bytes that open connections have announced in bodies that are not small
+  std::size_t bodiesHeld = 0;   // bytes announced in bodies that are not small and not answered yet
+  std::size_t repliesHeld = 0;  // bytes of replies that are not small and not taken yet
 };
 
 class HttpConnection : public std::enable_shared_from_this<HttpConnection> {
@@ -53,6 +54,8 @@ class HttpConnection : public std::enable_shared_from_this<HttpConnection> {
   void ReadHead();
   void OnHead(Error error, std::size_t length);
   bool HoldBody();
+  void HoldReply();
+  void GiveBack();
   void ReadBody();
   void OnBody(Error error);
   void FindFaults();
@@ -86,7 +89,8 @@ class HttpConnection : public std::enable_shared_from_this<HttpConnection> {
   FaultPlan plan;
   std::optional<RequestRecord> record;  // nothing when requests are not remembered
   ReplyBytes reply;
-  std::size_t held = 0;  // this connection's part of the context's
+  std::size_t bodyHeld = 0;   // this connection's parts of the context's
+  std::size_t replyHeld = 0;
 
   bool begun = false;     // something has arrived
   bool replying = false;  // the request is decided; from here on a timeout just closes

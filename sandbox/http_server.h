@@ -24,6 +24,7 @@ struct HttpLimits {
   std::size_t maxHead = 16 * 1024;              // bytes
   std::size_t maxBody = 32 * 1024 * 1024;       // bytes
   std::size_t maxConnections = 1024;            // more wait in the system's queue until one ends
+  std::size_t maxReplies = 64 * 1024 * 1024;    // bytes of all replies that wait to be taken and are not small
   std::chrono::milliseconds clientTime{30000};  // for the whole request to arrive, and again for the reply to be taken
 };
 

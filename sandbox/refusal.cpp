@@ -32,6 +32,7 @@ constexpr Row rows[] = {
     {Refusal::HeadTooLarge, 431, "the head is larger than the limit set by --max-head"},
     {Refusal::BodyTooLarge, 413, "the body is larger than the limit set by --max-body"},
     {Refusal::BodiesTooLarge, 503, "the bodies that are open are larger together than four times --max-body allows"},
+    {Refusal::RepliesTooLarge, 503, "the replies that wait to be taken are larger together than 64 MB"},
     {Refusal::BodyTooLong, 400, "more bytes follow the head than Content-Length announces"},
     {Refusal::CutShort, 400, "the connection ended before the whole request had arrived"},
     {Refusal::TooSlow, 408, "the request did not arrive whole within the time set by --client-seconds"},

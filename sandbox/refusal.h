@@ -25,6 +25,7 @@ enum class Refusal {
   HeadTooLarge,
   BodyTooLarge,
   BodiesTooLarge,
+  RepliesTooLarge,
   BodyTooLong,
   CutShort,
   TooSlow,

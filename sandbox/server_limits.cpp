@@ -32,6 +32,8 @@ std::vector<LimitRow> Limits() {
       {"body", Bytes(http.maxBody), "413"},
       {"bodies above " + Bytes(smallBody) + " that are open together",
        std::to_string(bodiesAtOnce) + " times --max-body", "503"},
+      {"replies above " + Bytes(smallBody) + " that wait to be taken", Bytes(http.maxReplies),
+       "503 for all but handshakes"},
       {"handshake without its base64", Bytes(longestHandshake), "413"},
       {"path of a handshake", Bytes(longestServicePath), "400"},
       {"fields of a sealed message", std::to_string(mostFields), "422"},

@@ -19,8 +19,8 @@ constexpr std::size_t mostPairs = 100;           // of a line of an order
 // A bill is asked for with a small request, again and again, and is as long as the order was.
 constexpr std::size_t mostOrderLines = 10000;
 
-// Bodies up to this length are let in with their connection. Of longer ones those that are open at the same time may
-// announce this many times the limit of one.
+// Bodies up to this length, of requests and of replies, are let in with their connection. Of longer ones the requests
+// that are open at the same time may announce this many times the limit of one.
 constexpr std::size_t smallBody = 16 * 1024;  // bytes
 constexpr std::size_t bodiesAtOnce = 4;
 

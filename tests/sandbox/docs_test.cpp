@@ -8,6 +8,7 @@
 #include "admin_routes.h"
 #include "error_codes.h"
 #include "fault.h"
+#include "http_server.h"
 #include "refusal.h"
 #include "sandbox/process.h"
 #include "server_limits.h"
@@ -84,6 +85,8 @@ TEST(SandboxPage, NamesTheLimitsInItsWordsAsTheyAre) {
   EXPECT_THAT(RefusalReason(sandbox::Refusal::RsaTooLong), HasSubstr(std::to_string(sandbox::longestHandshake)));
   EXPECT_THAT(RefusalReason(sandbox::Refusal::BodiesTooLarge), HasSubstr("four times"));
   EXPECT_EQ(sandbox::bodiesAtOnce, 4u);
+  EXPECT_THAT(RefusalReason(sandbox::Refusal::RepliesTooLarge),
+              HasSubstr(std::to_string(sandbox::HttpLimits().maxReplies >> 20) + " MB"));
   EXPECT_THAT(Page(), HasSubstr("A body of more than " + std::to_string(sandbox::smallBody) + " bytes counts"));
   EXPECT_THAT(Page(), HasSubstr("- " + std::to_string(sandbox::mostFaults) + " faults wait at the most"));
   EXPECT_THAT(Page(), HasSubstr("keeps up to " + std::to_string(sandbox::mostAdminConnections) + " such replies"));

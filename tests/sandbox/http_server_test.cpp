@@ -52,6 +52,24 @@ TEST(HttpServer, ConnectionsBeyondTheLimitAreServedWhenOneEnds) {
   EXPECT_THAT(log, HasSubstr("handshake for (unknown, 7 bytes), opened session 2"));
 }
 
+// The refusal does nothing, so that the same session is served once there is room.
+TEST(HttpServer, RequestRefusedForWaitingRepliesIsServedWhenTheyAreTaken) {
+  TestServerOptions options;
+  options.catalogue = LargeCatalogue();
+  options.http.maxReplies = 1000000;
+  TestServer server(options);
+  TestClient slow(server.Port(), server.KeyText()), other(server.Port(), server.KeyText());
+  ASSERT_TRUE(slow.Handshake());
+  const std::string body = slow.RequestBody(slow.RequestFields("GetProductList", {{"GUID", testGuid}}));
+  Socket socket(server.Port());
+  ASSERT_TRUE(socket.Send(slow.Head("/GetProductList", body.size()) + body));
+  ASSERT_TRUE(socket.AnswersWithin(20000));
+  ASSERT_TRUE(other.Handshake());
+  EXPECT_EQ(other.Request("GetProductList").status, 503);
+  EXPECT_EQ(ReadReply(socket).status, 200);
+  EXPECT_EQ(other.Request("GetProductList").status, 200);
+}
+
 TEST(HttpServer, RequestThatArrivesByteByByteIsAnswered) {
   TestServer server;
   TestClient client(server.Port(), server.KeyText());

@@ -192,6 +192,21 @@ const Case cases[] = {
        return c.Handshake() ? SendBody(c, std::string(16388, 'A')) : HttpReply();
      },
      With([](TestServerOptions& o) { o.http.maxBody = 20000; })},
+    {"RequestBesideALargeReplyThatIsNotTaken", Refusal::RepliesTooLarge, 503,
+     [](TestClient& c, TestServer& s) {
+       Socket holding(s.Port());
+       holding.TakeLittle();
+       if (!c.Handshake()) return HttpReply();
+       const std::string body = c.RequestBody(c.RequestFields("GetProductList", {{"GUID", testGuid}}));
+       if (!holding.Send(c.Head("/GetProductList", body.size()) + body)) return HttpReply();
+       if (!holding.AnswersWithin(20000)) return HttpReply();
+       c.NewSession();
+       return c.Handshake() ? c.Request("GetProductList") : HttpReply();
+     },
+     With([](TestServerOptions& o) {
+       o.catalogue = LargeCatalogue();
+       o.http.maxReplies = 1000000;
+     })},
     {"BodyLongerThanAnnounced", Refusal::BodyTooLong, 400,
      [](TestClient& c, TestServer&) {
        const std::string body = c.HandshakeBody(c.HandshakeFields());

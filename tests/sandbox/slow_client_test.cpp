@@ -2,6 +2,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <future>
+#include <utility>
+
 #include "sandbox/socket.h"
 #include "sandbox/test_client.h"
 #include "sandbox/test_server.h"
@@ -32,18 +35,37 @@ TEST(SlowClient, ThatKeepsSendingByteByByteIsRefusedWhenItsTimeIsOver) {
   EXPECT_EQ(ReadReply(socket).status, 408);
 }
 
+// Its time is over while the server is busy with another's handshake, and its request has been there all along.
+TEST(SlowClient, WhoseWholeRequestWaitsForABusyServerIsServed) {
+  std::promise<void> busy, goOn;
+  TestServerOptions options;
+  options.http.clientTime = std::chrono::seconds(2);
+  bool first = true;
+  options.duringHandshake = [&] {
+    if (!std::exchange(first, false)) return;
+    busy.set_value();
+    goOn.get_future().wait();
+  };
+  TestServer server(options);
+  const TestClient client(server.Port(), server.KeyText());
+  const std::string body = client.HandshakeBody(client.HandshakeFields());
+  const std::string request = client.Head("/GetProductList", body.size()) + body;
+  Socket waiting(server.Port()), other(server.Port());
+  ASSERT_TRUE(other.Send(request));
+  busy.get_future().wait();
+  EXPECT_TRUE(waiting.Send(request));
+  EXPECT_FALSE(waiting.AnswersWithin(2200));
+  goOn.set_value();
+  EXPECT_EQ(ReadReply(waiting).status, 200);
+}
+
 TEST(SlowClient, ThatNeverReadsItsReplyIsLetGoWhenItsTimeIsOver) {
   TestServerOptions options = Impatient();
-  std::string products;
-  for (int i = 0; i < 100; i++) {
-    products += std::string(i ? "," : "") + R"({"SKU": )" + std::to_string(i) + R"(, "Name": ")" +
-                std::string(60000, 'n') + R"(", "Price": "1.00"})";
-  }
-  options.catalogue = R"({"applications": [{"guid": "g", "products": [)" + products + "]}]}";
+  options.catalogue = LargeCatalogue();
   TestServer server(options);
   TestClient client(server.Port(), server.KeyText());
   ASSERT_TRUE(client.Handshake());
-  const std::string body = client.RequestBody(client.RequestFields("GetProductList", {{"GUID", "g"}}));
+  const std::string body = client.RequestBody(client.RequestFields("GetProductList", {{"GUID", testGuid}}));
   Socket socket(server.Port());
   socket.TakeLittle();
   ASSERT_TRUE(socket.Send(client.Head("/GetProductList", body.size()) + body));

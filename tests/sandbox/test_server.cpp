@@ -29,6 +29,15 @@ const char* const testCatalogue = R"({
   ]
 })";
 
+std::string LargeCatalogue() {
+  std::string products;
+  for (int i = 0; i < 100; i++) {
+    products += std::string(i ? "," : "") + R"({"SKU": )" + std::to_string(i) + R"(, "Name": ")" +
+                std::string(60000, 'n') + R"(", "Price": "1.00"})";
+  }
+  return std::string(R"({"applications": [{"guid": ")") + testGuid + R"(", "products": [)" + products + "]}]}";
+}
+
 const sandbox::KeyPair& SharedKey(unsigned bits) {
   static std::map<unsigned, sandbox::KeyPair> pairs;
   const auto found = pairs.find(bits);
@@ -40,7 +49,7 @@ TestServer::TestServer(const TestServerOptions& options)
       catalogue(sandbox::Catalogue::FromText(options.catalogue)),
       ledger(folder / "sales.db"),
       operations(catalogue, ledger),
-      commerce(key, operations, options.sessions, MakeEnvironment(options.randomFails)),
+      commerce(key, operations, options.sessions, MakeEnvironment(options)),
       routes({faults, requests, commerce, ledger}),
       server(commerce, options.http, LogTo(log), &faults, &requests) {
   if (!options.faults.empty()) faults.Append(sandbox::ReadFaults(options.faults));
@@ -62,10 +71,16 @@ std::string TestServer::StopAndReadLog() {
   return log.str();
 }
 
-sandbox::Environment TestServer::MakeEnvironment(bool randomFails) {
+sandbox::Environment TestServer::MakeEnvironment(const TestServerOptions& options) {
   sandbox::Environment environment = sandbox::Environment::OfMachine();
   environment.now = [this] { return sandbox::Time(std::chrono::seconds(elapsed)); };
-  if (randomFails) {
+  if (options.duringHandshake) {
+    environment.randomBytes = [during = options.duringHandshake, random = environment.randomBytes](std::size_t count) {
+      during();
+      return random(count);
+    };
+  }
+  if (options.randomFails) {
     environment.randomBytes = [](std::size_t) -> std::string { throw std::runtime_error("no randomness left"); };
   }
   return environment;

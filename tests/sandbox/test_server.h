@@ -3,6 +3,7 @@
 #pragma once
 
 #include <atomic>
+#include <functional>
 #include <sstream>
 #include <string>
 #include <thread>
@@ -20,6 +21,10 @@ namespace sandboxtest {
 extern const char* const testCatalogue;
 constexpr const char* testGuid = "{11111111-2222-3333-4444-555555555555}";
 
+/// Returns a catalogue whose one application, testGuid, makes a product list of 6 MB: more than the system takes into
+/// its buffers for a client that does not read.
+std::string LargeCatalogue();
+
 /// Returns the key pair of that many bits that all tests of this process share; making one takes a while.
 const sandbox::KeyPair& SharedKey(unsigned bits = 1024);
 
@@ -29,6 +34,7 @@ struct TestServerOptions {
   sandbox::SessionLimits sessions;
   sandbox::HttpLimits http;
   bool randomFails = false;
+  std::function<void()> duringHandshake;  // called on the server's thread while it makes a session; empty: nothing
   std::string faults;  // JSON as --faults takes it; empty: none
 };
 
@@ -53,7 +59,7 @@ class TestServer {
   sandbox::HttpServer& Server() { return server; }
 
  private:
-  sandbox::Environment MakeEnvironment(bool randomFails);
+  sandbox::Environment MakeEnvironment(const TestServerOptions& options);
 
   std::atomic<int> elapsed{0};
   const sandbox::KeyPair& key;
