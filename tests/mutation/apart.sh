@@ -20,5 +20,7 @@ for hidden in /tmp "$home"; do
   esac
   mount --rbind "$own" "$hidden"
 done
+# What is not among these folders is not the tests' to write.
+mount -o remount,bind,ro /
 cd /tmp
 exec "$@"

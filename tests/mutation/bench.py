@@ -4,6 +4,7 @@ A bench is one build of a copy of the tree. A mutant touches neither: the compil
 place of the original, compiles what includes it into a folder of the worker's own, and the programs are linked there.
 """
 import collections
+import ctypes
 import json
 import os
 import pathlib
@@ -21,6 +22,8 @@ OTHERS = 20  # seconds that another layer's tests must be cheaper to go first
 SLOW = 0.25  # seconds from which on a test is run after all quick ones
 MEMORY = 4 << 30
 COULD_NOT_START = (125, 126, 127)  # what apart.sh and the shell say; no test program does
+REFUSED = 1  # what the compiler answers to code that it does not take; being killed is another number
+KILL_WITH_PARENT = 1  # PR_SET_PDEATHSIG
 HERE = pathlib.Path(__file__).resolve().parent
 
 Step = collections.namedtuple("Step", "program filter")
@@ -158,18 +161,31 @@ class Bench:
             for part in sorted(changed, key=lambda part: not part.startswith("src/")):
                 if part not in made:
                     made[part] = place / "objects" / f"{len(made)}.o"
-                    if not self.compile(part, overlay, made[part]):
+                    code = self.compile(part, overlay, made[part])
+                    if code == REFUSED:
                         return BROKEN, ""
+                    if code != 0:
+                        raise Failed(f"the compiler ended with {code} on {part}")
             program = place / step.program
-            if not program.exists() and not self.link(step.program, made, program):
-                return BROKEN, ""
+            if not program.exists() and self.link(step.program, made, program) != 0:
+                return SURVIVED, ""  # never seen; whatever it was, no test has noticed the change
             limit = self.seconds[step.program] * 3 + 2
             with tempfile.TemporaryDirectory(dir=throwaway_base()) as scratch:
                 code, test = self.execute(step.program, program, pathlib.Path(scratch), f"--gtest_filter={step.filter}",
                                           limit, limit * 3 + 20)
             if code != 0:
+                if not test and code != "time":
+                    self.must_pass(step, limit)
                 return NOTICED, f"{step.program}: {test or code}"
         return SURVIVED, ""
+
+    def must_pass(self, step, limit):
+        """A program that ended without naming a test: the unchanged one must not, or the machine is what failed."""
+        with tempfile.TemporaryDirectory(dir=throwaway_base()) as scratch:
+            code, test = self.execute(step.program, self.folder / self.programs[step.program], pathlib.Path(scratch),
+                                      f"--gtest_filter={step.filter}", limit, limit * 3 + 20)
+        if code != 0:
+            raise Failed(f"{step.program} fails without a change ({self.name}): {test or code}")
 
     def overlay(self, file, text, place):
         """The compiler's view of the tree with one file changed."""
@@ -195,7 +211,7 @@ class Bench:
 
     def quietly(self, command):
         return subprocess.run(command, cwd=self.folder, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL,
-                              timeout=300, start_new_session=True).returncode == 0
+                              start_new_session=True).returncode
 
     def is_same_code(self, file, text, place):
         """Whether the optimising compiler makes the same code of it everywhere in src/: then nothing can tell."""
@@ -203,7 +219,7 @@ class Bench:
         for part in sorted(part for part in self.dependents[file] if part.startswith("src/")):
             original, changed = place / "original.o", place / "changed.o"
             for target, view in ((original, ()), (changed, ("-ivfsoverlay", overlay))):
-                if not self.quietly([*self.commands[part], "-O2", *view, "-o", target]):
+                if self.quietly([*self.commands[part], "-O2", *view, "-o", target]) != 0:
                     return False
             if original.read_bytes() != changed.read_bytes():
                 return False
@@ -237,6 +253,7 @@ class Bench:
             command = ["unshare", "--mount", "--pid", "--fork", "--kill-child", "--mount-proc", HERE / "apart.sh",
                        self.tree.parent, place, pathlib.Path.home(), *command]
         with open(place / "output", "w+b") as output:
+            begin = time.monotonic()
             process = subprocess.Popen(command, cwd=place / "tmp", env=environment, stdin=subprocess.DEVNULL,
                                        stdout=output, stderr=subprocess.STDOUT, start_new_session=True,
                                        preexec_fn=lambda: self.limit(cpu_seconds))
@@ -254,9 +271,13 @@ class Bench:
                 raise Failed(f"{path} could not be started: {code}")
             output.seek(0)
             failed = re.search(rb"^\[  FAILED  \] (\S+?)(?:,| \()", output.read(1 << 20), re.M)
+            # The limit on its processor time ends it by a signal, of which a namespace leaves no more than a number.
+            if code != 0 and not failed and time.monotonic() - begin >= cpu_seconds:
+                code = "time"
         return code, failed.group(1).decode() if failed else ""
 
     def limit(self, cpu_seconds):
+        ctypes.CDLL(None).prctl(KILL_WITH_PARENT, signal.SIGKILL)
         resource.setrlimit(resource.RLIMIT_CPU, (int(cpu_seconds) + 1,) * 2)
         resource.setrlimit(resource.RLIMIT_CORE, (0, 0))
         if not self.sanitized:  # sanitizers reserve terabytes that they never touch
