@@ -72,9 +72,6 @@ constexpr int kills = 6;
 
 class Killed : public Selling {
  protected:
-  // A log of few lines: nobody reads it before the end.
-  Killed() { options.clear(); }
-
   // Sells until so many sales are answered, and kills the program in the midst of the next ones.
   void SellAndKill(std::size_t answers) {
     Load load(clients, Client());

@@ -9,6 +9,8 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <cerrno>
+#include <chrono>
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
@@ -17,7 +19,7 @@
 namespace sandboxtest {
 namespace {
 
-constexpr int patience = 20000;  // milliseconds
+constexpr int patience = 60000;  // milliseconds
 
 struct Pipe {
   Pipe() {
@@ -49,6 +51,7 @@ Process::Process(const std::vector<std::string>& arguments, const std::string& b
   outputFile = out.ends[0];
   logFile = err.ends[0];
   if (result != 0) throw std::runtime_error("cannot start " + program);
+  reader = std::thread([this] { KeepLog(); });
 }
 
 Process::~Process() {
@@ -56,18 +59,37 @@ Process::~Process() {
     ::kill(id, SIGKILL);
     ::waitpid(id, nullptr, 0);
   }
+  if (reader.joinable()) reader.join();
   ::close(outputFile);
   ::close(logFile);
 }
 
-bool Process::ReadMore(int file, std::string& text) {
-  pollfd waiting = {file, POLLIN, 0};
+bool Process::ReadMore() {
+  pollfd waiting = {outputFile, POLLIN, 0};
   if (::poll(&waiting, 1, patience) <= 0) return false;
   char piece[4096];
-  const ssize_t count = ::read(file, piece, sizeof piece);
+  const ssize_t count = ::read(outputFile, piece, sizeof piece);
   if (count <= 0) return false;
-  text.append(piece, static_cast<std::size_t>(count));
+  output.append(piece, static_cast<std::size_t>(count));
   return true;
+}
+
+void Process::KeepLog() {
+  for (;;) {
+    char piece[4096];
+    const ssize_t count = ::read(logFile, piece, sizeof piece);
+    if (count < 0 && errno == EINTR) continue;
+    const std::lock_guard<std::mutex> lock(mutex);
+    if (count > 0) log.append(piece, static_cast<std::size_t>(count));
+    logEnded = count <= 0;
+    logGrown.notify_all();
+    if (logEnded) return;
+  }
+}
+
+std::string Process::Log() const {
+  const std::lock_guard<std::mutex> lock(mutex);
+  return log;
 }
 
 std::string Process::ReadLine() {
@@ -78,22 +100,23 @@ std::string Process::ReadLine() {
       outputTaken = end + 1;
       return line;
     }
-    if (!ReadMore(outputFile, output)) return "";
+    if (!ReadMore()) return "";
   }
 }
 
 bool Process::WaitForLog(const std::string& text, int times) {
-  std::size_t from = 0;
-  while (times > 0) {
-    const std::size_t found = log.find(text, from);
-    if (found != std::string::npos) {
+  std::unique_lock<std::mutex> lock(mutex);
+  const auto appeared = [&] {
+    std::size_t from = 0;
+    for (int i = 0; i < times; i++) {
+      const std::size_t found = log.find(text, from);
+      if (found == std::string::npos) return false;
       from = found + text.size();
-      times--;
-    } else if (!ReadMore(logFile, log)) {
-      return false;
     }
-  }
-  return true;
+    return true;
+  };
+  logGrown.wait_for(lock, std::chrono::milliseconds(patience), [&] { return logEnded || appeared(); });
+  return appeared();
 }
 
 std::size_t Process::Megabytes(const std::string& name) const {
@@ -131,10 +154,8 @@ void Process::Signal(int number) {
 }
 
 int Process::Wait() {
-  // A process that does not end keeps its pipes open and is given up when they stay silent.
-  while (ReadMore(logFile, log)) {
-  }
-  while (ReadMore(outputFile, output)) {
+  // A process that does not end keeps its pipe open and is given up when that stays silent.
+  while (ReadMore()) {
   }
   const int handle = static_cast<int>(::syscall(SYS_pidfd_open, id, 0));
   pollfd ending = {handle, POLLIN, 0};
@@ -143,6 +164,7 @@ int Process::Wait() {
   int status = 0;
   if (!ended || ::waitpid(id, &status, 0) != id) return -1;
   id = -1;
+  reader.join();
   return WIFEXITED(status) ? WEXITSTATUS(status) : 1000 + WTERMSIG(status);
 }
 

@@ -1,10 +1,13 @@
-// Runs the program as its user does. Every wait ends by itself after 20 seconds at most; a process still alive when its
+// Runs the program as its user does. Every wait ends by itself after 60 seconds at most; a process still alive when its
 // object goes is killed, by its id.
 #pragma once
 
 #include <sys/types.h>
 
+#include <condition_variable>
+#include <mutex>
 #include <string>
+#include <thread>
 #include <vector>
 
 namespace sandboxtest {
@@ -21,7 +24,7 @@ class Process {
   /// Returns the next line of stdout without its end; empty when none comes.
   std::string ReadLine();
 
-  /// Reads stderr until that text has appeared in it so many times; false when it does not.
+  /// Waits until that text has appeared in stderr so many times; false when it does not.
   bool WaitForLog(const std::string& text, int times = 1);
 
   void Signal(int number);
@@ -42,17 +45,23 @@ class Process {
   int Wait();
 
   const std::string& Output() const { return output; }
-  const std::string& Log() const { return log; }
+  std::string Log() const;
 
  private:
-  bool ReadMore(int file, std::string& text);
+  bool ReadMore();
+  void KeepLog();
 
   pid_t id = -1;
   int outputFile = -1;
   int logFile = -1;
   std::string output;
   std::size_t outputTaken = 0;
+  // Read as it is written: a program whose stderr nobody reads waits once the pipe is full.
+  mutable std::mutex mutex;
+  std::condition_variable logGrown;
   std::string log;
+  bool logEnded = false;
+  std::thread reader;
 };
 
 /// Makes an empty folder that is removed with everything in it.

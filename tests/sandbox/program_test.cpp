@@ -263,7 +263,8 @@ TEST_F(Serving, EachRequestIsOneLineOfLog) {
   ASSERT_TRUE(client.Call("GetProductList", {{"GUID", sampleGuid}}).has_value());
   serve.Signal(SIGTERM);
   ASSERT_EQ(serve.Wait(), 0);
-  EXPECT_EQ(std::count(serve.Log().begin(), serve.Log().end(), '\n'), 3) << serve.Log();
+  const std::string log = serve.Log();
+  EXPECT_EQ(std::count(log.begin(), log.end(), '\n'), 3) << log;
   EXPECT_THAT(serve.Log(), HasSubstr("handshake for GetProductList, opened session 1"));
   EXPECT_THAT(serve.Log(), HasSubstr(std::string("session 1, GetProductList for ") + sampleGuid + ": 4 products"));
 }
