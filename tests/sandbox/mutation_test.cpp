@@ -123,6 +123,7 @@ class Mutation : public ::testing::Test {
     socket.EndSending();
     bool orderly = false;
     const std::string reply = socket.ReadToEnd(orderly);
+    EXPECT_FALSE(socket.Silent());
     EXPECT_TRUE(reply.empty() || reply.rfind("HTTP/1.0 ", 0) == 0) << reply.substr(0, 100);
     return reply;
   }

@@ -28,7 +28,9 @@ std::string Exchange(std::uint16_t port, const std::string& bytes, bool ends = t
   socket.Send(bytes);
   if (ends) socket.EndSending();
   bool orderly = false;
-  return socket.ReadToEnd(orderly);
+  const std::string reply = socket.ReadToEnd(orderly);
+  EXPECT_FALSE(socket.Silent());
+  return reply;
 }
 
 std::string Head(const std::string& fields, const std::string& line = "GET /GetProductList HTTP/1.0") {

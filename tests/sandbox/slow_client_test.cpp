@@ -8,6 +8,7 @@
 #include "sandbox/socket.h"
 #include "sandbox/test_client.h"
 #include "sandbox/test_server.h"
+#include "server_limits.h"
 
 namespace sandboxtest {
 namespace {
@@ -16,7 +17,7 @@ using ::testing::HasSubstr;
 
 TestServerOptions Impatient() {
   TestServerOptions options;
-  options.http.clientTime = std::chrono::milliseconds(300);
+  options.http.clientTime = std::chrono::milliseconds(1500);
   return options;
 }
 
@@ -30,7 +31,7 @@ TEST(SlowClient, ThatKeepsSendingByteByByteIsRefusedWhenItsTimeIsOver) {
   std::size_t sent = 0;
   while (!socket.AnswersWithin(5) && sent < request.size()) socket.Send(request.substr(sent++, 1));
   EXPECT_LT(sent, request.size());
-  EXPECT_GE(std::chrono::steady_clock::now() - began, std::chrono::milliseconds(300));
+  EXPECT_GE(std::chrono::steady_clock::now() - began, std::chrono::milliseconds(1500));
   socket.EndSending();
   EXPECT_EQ(ReadReply(socket).status, 408);
 }
@@ -84,6 +85,20 @@ TEST(SlowClient, ThatStaysAfterItsReplyIsLetGo) {
   server.StopAndReadLog();
   bool orderly = false;
   EXPECT_EQ(socket.ReadToEnd(orderly), "");
+}
+
+TEST(SlowClient, ThatStaysAfterItsReplyIsLetGoLongBeforeTheTimeOfARequest) {
+  TestServer server;
+  const TestClient client(server.Port(), server.KeyText());
+  const std::string body = client.HandshakeBody(client.HandshakeFields());
+  const auto began = std::chrono::steady_clock::now();
+  Socket socket(server.Port());
+  ASSERT_TRUE(socket.Send(client.Head("/GetProductList", body.size()) + body));
+  EXPECT_EQ(ReadReply(socket).status, 200);
+  server.StopAndReadLog();
+  const auto stayed = std::chrono::steady_clock::now() - began;
+  EXPECT_GE(stayed, sandbox::drainTime);
+  EXPECT_LT(stayed, sandbox::HttpLimits().clientTime - std::chrono::seconds(1));
 }
 
 }  // namespace

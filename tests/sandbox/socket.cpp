@@ -6,6 +6,8 @@
 #include <sys/time.h>
 #include <unistd.h>
 
+#include <cerrno>
+
 namespace sandboxtest {
 
 Socket::Socket(std::uint16_t port) : handle(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
@@ -13,7 +15,7 @@ Socket::Socket(std::uint16_t port) : handle(::socket(AF_INET, SOCK_STREAM | SOCK
   address.sin_family = AF_INET;
   address.sin_port = htons(port);
   address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-  const timeval patience{20, 0};
+  const timeval patience{60, 0};
   ::setsockopt(handle, SOL_SOCKET, SO_RCVTIMEO, &patience, sizeof patience);
   if (::connect(handle, reinterpret_cast<sockaddr*>(&address), sizeof address) == 0) return;
   ::close(handle);
@@ -39,6 +41,11 @@ void Socket::TakeLittle() {
   ::setsockopt(handle, SOL_SOCKET, SO_RCVBUF, &bytes, sizeof bytes);
 }
 
+void Socket::SendLittleAhead() {
+  const int bytes = 65536;
+  ::setsockopt(handle, SOL_SOCKET, SO_SNDBUF, &bytes, sizeof bytes);
+}
+
 void Socket::EndSending() {
   ::shutdown(handle, SHUT_WR);
 }
@@ -54,6 +61,7 @@ std::string Socket::ReadToEnd(bool& orderly) {
   for (;;) {
     const ssize_t count = ::recv(handle, piece, sizeof piece, 0);
     orderly = count >= 0;
+    silent = count < 0 && (errno == EAGAIN || errno == EWOULDBLOCK);
     if (count <= 0) return bytes;
     bytes.append(piece, static_cast<std::size_t>(count));
   }

@@ -1,4 +1,4 @@
-// A blocking TCP connection to the loopback address for tests. A server that stays silent for 20 seconds fails the read
+// A blocking TCP connection to the loopback address for tests. A server that stays silent for 60 seconds fails the read
 // instead of hanging the test.
 #pragma once
 
@@ -32,8 +32,15 @@ class Socket {
   /// Reads until the other side ends. `orderly` becomes false when it ended by a reset or kept silent.
   std::string ReadToEnd(bool& orderly);
 
+  /// Tells whether the last ReadToEnd was given up because the server neither sent nor ended.
+  bool Silent() const { return silent; }
+
+  /// Has the system take in as little as it can beyond what the other side takes.
+  void SendLittleAhead();
+
  private:
   int handle;
+  bool silent = false;
 };
 
 }  // namespace sandboxtest
