@@ -11,6 +11,8 @@ namespace kest_host {
 namespace {
 
 constexpr char fileName[] = "libkestapi.so";
+// Where nobody compiles against the library, the system has it under the name that hosts are bound to alone.
+constexpr char installedName[] = "libkestapi.so.0";
 
 std::string BesideTheProgram() {
   char path[PATH_MAX];
@@ -25,7 +27,7 @@ std::string BesideTheProgram() {
 
 Module::Module(const std::string& path) {
   std::string wanted = path.empty() ? BesideTheProgram() : path;
-  if (wanted.empty()) wanted = fileName;
+  if (wanted.empty()) wanted = installedName;
   handle = dlopen(wanted.c_str(), RTLD_NOW | RTLD_LOCAL);
   if (handle == nullptr) throw std::runtime_error(std::string("the library cannot be loaded: ") + dlerror());
 }
