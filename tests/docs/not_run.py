@@ -1,0 +1,27 @@
+"""The commands and blocks of the pages that no test runs, each with its reason. Everything else is run."""
+
+# Commands by their first words. What a script of the tree is asked for must still stand in its usage.
+COMMANDS = {
+    "scripts/demo": "builds both systems' library and runs under Wine: minutes",
+    "scripts/test": "runs all tests, this one among them",
+    "scripts/setup": "installs packages",
+    "scripts/fuzz": "builds with another compiler and runs for as long as it is told",
+    "scripts/mutate": "builds and tests hundreds of changed libraries",
+    "cmake --preset": "builds the whole tree, as the build did that this test runs in",
+    "cd build/fuzz": "runs a program of another preset for a night",
+    "i686-w64-mingw32-gcc": "its library is built by another preset, which scripts/test builds after this one's tests",
+    "scripts/wine": "the same",
+}
+
+# Blocks by page and kind.
+BLOCKS = {
+    ("ARCHITECTURE.md", "diagram"): "the layers as a picture; scripts/check_house holds them",
+    ("docs/protocol.md", "hex"): "tests/docs/protocol_test.py and the unit test ProtocolPage read them",
+    ("docs/protocol.md", "base64"): "the same",
+    ("docs/sandbox.md", "log"): "lines of a log, of which times, ports and lengths differ from run to run",
+}
+
+# The output of commands that are not run, by page and text.
+OUTPUTS = {
+    ("docs/start.md", "charged 31.39\n"): "windows_start_test.py compares it, under Wine",
+}
