@@ -13,11 +13,12 @@ if [ "$1" = init ]; then
   mkdir -p "$2" && echo '{}' >"$2/catalogue.json"
   exit
 fi
+trap 'exit 0' TERM
 echo the log >&2
 echo '{"event":"ready","port":1,"admin":2}'
 %s
 """
-UNTIL_TOLD = "trap 'exit 0' TERM; while :; do read -t 1 </dev/zero || :; done"
+UNTIL_TOLD = "while :; do read -t 1 </dev/zero || :; done"
 # Ended by the command beside it, which is this server's only client.
 KILLED = "echo $$ >\"$SERVER_PID\"; exec sleep 60"
 
