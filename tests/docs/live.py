@@ -44,6 +44,10 @@ class Server:
         with urllib.request.urlopen(request, timeout=SECONDS) as reply:
             return json.load(reply)
 
+    def written(self):
+        """What the server has written to its log."""
+        return (self.folder / "server.log").read_text()
+
     def kest(self, *words):
         """Runs the command-line host against this server; answers its exit code and what it shows, parsed."""
         done = subprocess.run(

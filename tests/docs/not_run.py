@@ -18,7 +18,6 @@ BLOCKS = {
     ("ARCHITECTURE.md", "diagram"): "the layers as a picture; scripts/check_house holds them",
     ("docs/protocol.md", "hex"): "tests/docs/protocol_test.py and the unit test ProtocolPage read them",
     ("docs/protocol.md", "base64"): "the same",
-    ("docs/sandbox.md", "log"): "lines of a log, of which times, ports and lengths differ from run to run",
 }
 
 # The output of commands that are not run, by page and text.

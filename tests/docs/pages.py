@@ -49,16 +49,12 @@ def blocks_of(path):
 
 
 def indented_code(path):
-    """The numbers of lines that Markdown takes for code by their indentation: blocks that tell nobody what they are."""
+    """The numbers of lines that begin a block of code by their indentation, which tells nobody what it is."""
     before, found = "", []
     for number, line in split(path)[1]:
         if line.startswith("    ") and line.strip() and not before.strip():
             found.append(number)
-        # What is indented below an item of a list belongs to the item.
-        if line.strip() and not line.startswith(" "):
-            before = line if re.match(r"([-*]|\d+\.) ", line) else ""
-        elif not line.strip() and not re.match(r"([-*]|\d+\.) ", before):
-            before = ""
+        before = line
     return found
 
 

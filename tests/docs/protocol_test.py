@@ -1,9 +1,12 @@
 """Are the bytes of the protocol's page those that its description gives, and does a server's half open them?"""
 import base64
+import hashlib
 import re
 import unittest
 
 import protocol
+from client import Call
+from live import server
 from pages import TOP
 from sealing import digest_of, rc5_decipher, rc5_encipher, rsa
 
@@ -62,6 +65,40 @@ class Page(unittest.TestCase):
         for name in ("handshake-reply", "request", "reply"):
             self.assertIn(b"KEST-Auth-Server-RAC: " + protocol.SERVER_CHALLENGE + b"\r\n",
                           page_bytes(f"{name}-message"), name)
+
+
+class Client(unittest.TestCase):
+    """A client that is written from the page is served."""
+
+    @classmethod
+    def setUpClass(cls):
+        context = server()
+        cls.server = context.__enter__()
+        cls.addClassCleanup(context.__exit__, None, None, None)
+
+    def call(self):
+        one = Call(self.server.ready["port"], self.server.key)
+        one.handshake()
+        return one
+
+    def ask(self, one, **more):
+        return one.request([(b"GUID", protocol.GUID), (b"VERSIONID", b"1.0"), (b"KEST-Service", b"GetProductList")], **more)
+
+    def test_it_gets_the_products(self):
+        status, fields = self.ask(self.call())
+        self.assertEqual((200, b"0"), (status, dict(fields)[b"KEST-Error"]))
+        self.assertEqual(4, sum(name == b"KEST-Product" for name, _ in fields))
+
+    def test_a_digest_without_the_zero_byte_is_refused(self):
+        def without_zero(text):
+            return base64.b64encode(hashlib.sha1(text).digest())
+        self.assertEqual((403, "the digest leaves out the zero byte that ends the message"),
+                         self.ask(self.call(), digest=without_zero))
+
+    def test_a_connection_serves_one_request(self):
+        one = self.call()
+        self.ask(one)
+        self.assertEqual(409, self.ask(one)[0])
 
 
 class Rc5(unittest.TestCase):

@@ -6,6 +6,7 @@ where it belongs, and compares what comes out with what the page says comes out.
   text    what the program or the last command before it prints; "…" stands for whatever differs from run to run
   json    what the last command before it prints, a catalogue, faults, or the server's ready line
   usage   how a command of kest is called: its options must be those of `kest COMMAND --help`
+  log     lines of the server's log: it writes such lines, whose numbers may be others
 
 A block behind a line that ends with a file's name, as in "`first.c`:", is also written to that file. The ports 8080 and
 8081 are replaced by free ones.
@@ -21,11 +22,13 @@ import subprocess
 import tempfile
 import unittest
 
+from client import Call
 from live import BUILD, KEST, SANDBOX, SECONDS, compile_c, server, wait_for
 from not_run import BLOCKS, COMMANDS, OUTPUTS
 from pages import TOP, blocks_of, indented_code, name_of, pages, split
+from sealing import digest_of
 
-KINDS = {"sh", "c", "text", "json", "usage"}
+KINDS = {"sh", "c", "text", "json", "usage", "log"}
 ANY = "…"
 
 
@@ -212,6 +215,17 @@ class Samples(unittest.TestCase):
         for option in re.findall(r"(?m)^\s+(--[\w-]+) .*REQUIRED", help_text):
             self.assertIn(option, re.sub(r"\[[^\]]*\]", "", line), block)
 
+    def check_log(self, block):
+        """Lets the server write: a product list, and one whose digest is another text's."""
+        guid = re.search(r"\{[-0-9A-F]{36}\}", block.text).group()
+        for digest in (digest_of, lambda text: digest_of(text + b"\r\n")):
+            call = Call(self.server.ready["port"], self.server.key)
+            call.handshake()
+            call.request([(b"GUID", guid.encode()), (b"VERSIONID", b"1.0"), (b"KEST-Service", b"GetProductList")], digest)
+        for line in block.text.splitlines():
+            pattern = re.sub(r"\d+", r"\\d+", re.escape(line).replace(re.escape(guid), "GUID")).replace("GUID", re.escape(guid))
+            self.assertTrue(wait_for(lambda: re.search(f"(?m)^{pattern}$", self.server.written())), f"{block}: {line}")
+
     def check(self, path):
         blocks, prose = split(path)
         with tempfile.TemporaryDirectory() as folder:
@@ -241,6 +255,8 @@ class Samples(unittest.TestCase):
                     self.check_json(block, printed, scratch)
                 elif block.kind == "usage":
                     self.check_usage(block)
+                elif block.kind == "log":
+                    self.check_log(block)
                 elif printed is None:
                     self.assertIn((block.page, block.text), OUTPUTS, f"{block}: nothing before it prints")
                 else:
