@@ -16,11 +16,13 @@ target_link_options(kestapi PRIVATE -Wl,--gc-sections -Wl,--enable-stdcall-fixup
 
 if(KEST_SYMBOLS)
   target_compile_options(kestapi PRIVATE $<$<COMPILE_LANGUAGE:CXX>:-g>)
+  # The map says what of the compiler's libraries is in the DLL.
+  target_link_options(kestapi PRIVATE -Wl,-Map=${CMAKE_BINARY_DIR}/KESTAPI.map)
   # Without --preserve-dates objcopy writes the present time into the headers.
   add_custom_command(TARGET kestapi POST_BUILD
     COMMAND ${CMAKE_OBJCOPY} --preserve-dates --only-keep-debug KESTAPI.DLL KESTAPI.debug
     COMMAND ${CMAKE_OBJCOPY} --preserve-dates --strip-all --add-gnu-debuglink=KESTAPI.debug KESTAPI.DLL
-    BYPRODUCTS ${CMAKE_BINARY_DIR}/KESTAPI.debug
+    BYPRODUCTS ${CMAKE_BINARY_DIR}/KESTAPI.debug ${CMAKE_BINARY_DIR}/KESTAPI.map
     WORKING_DIRECTORY ${CMAKE_BINARY_DIR} VERBATIM)
 else()
   target_link_options(kestapi PRIVATE -s)

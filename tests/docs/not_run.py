@@ -10,7 +10,11 @@ COMMANDS = {
     "cmake --preset": "builds the whole tree, as the build did that this test runs in",
     "cd build/fuzz": "runs a program of another preset for a night",
     "i686-w64-mingw32-gcc": "its library is built by another preset, which scripts/test builds after this one's tests",
+    "x86_64-w64-mingw32-gcc": "the same; scripts/check_kit links so",
+    "i686-w64-mingw32-addr2line": "the same; the address is that of somebody's crash",
     "scripts/wine": "the same",
+    "scripts/package": "builds the DLLs of both widths; scripts/check_kit makes and tries the kit",
+    "cl": "Microsoft's compiler; scripts/check_kit links with what takes its place",
 }
 
 # Blocks by page and kind.
