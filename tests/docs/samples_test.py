@@ -13,19 +13,17 @@ A block behind a line that ends with a file's name, as in "`first.c`:", is also 
 """
 import json
 import os
-import pathlib
 import re
 import shlex
-import signal
-import socket
 import subprocess
 import tempfile
 import unittest
 
 from client import Call
-from live import BUILD, KEST, SANDBOX, SECONDS, compile_c, server, wait_for
+from live import KEST, SANDBOX, SECONDS, compile_c, server, wait_for
 from not_run import BLOCKS, COMMANDS, OUTPUTS
 from pages import TOP, blocks_of, indented_code, name_of, pages, split
+from scratch import Scratch, reason_not_to_run, run_commands
 from sealing import digest_of
 
 KINDS = {"sh", "c", "text", "json", "usage", "log"}
@@ -59,100 +57,11 @@ def json_matches(shown, given):
     return type(shown) is type(given) and shown == given
 
 
-def reason_not_to_run(command):
-    for words, reason in COMMANDS.items():
-        if command == words or command.startswith(words + " "):
-            return reason
-    return None
-
-
-def free_port():
-    with socket.socket() as one:
-        one.bind(("127.0.0.1", 0))
-        return one.getsockname()[1]
-
-
 def file_of(block, prose):
     """The file that the line before a block names, or None."""
     before = [line for number, line in prose if number < block.line and line.strip()]
     match = re.search(r"`([\w./-]+)`:$", before[-1]) if before else None
     return match.group(1) if match else None
-
-
-class Scratch:
-    """A folder in which a page's commands run, with the tree's own folders in it."""
-
-    def __init__(self, folder):
-        self.folder = pathlib.Path(folder)
-        for name in ("scripts", "include", "tests", "docs", "examples", "sandbox"):
-            if (TOP / name).exists():
-                (self.folder / name).symlink_to(TOP / name)
-        (self.folder / "build").mkdir()
-        (self.folder / "build" / "linux").symlink_to(BUILD)
-        self.ports = {"8080": str(free_port()), "8081": str(free_port())}
-        self.environment = {**os.environ, "KESTAPI_REGISTRY": str(self.folder / "registry"),
-                            "PATH": f"{SANDBOX.parent}:{BUILD}:{os.environ['PATH']}"}
-
-    def with_ports(self, text):
-        return re.sub(r"\b808[01]\b", lambda match: self.ports[match.group()], text)
-
-    def without_ports(self, text):
-        for named, taken in self.ports.items():
-            text = text.replace(taken, named)
-        return text
-
-    def script(self, block):
-        """The lines that run a block of commands, without those that are not run."""
-        lines = []
-        for line in self.with_ports(block.text).replace("\\\n", " ").splitlines():
-            command = re.sub(r"\s+# .*", "", line).strip()
-            if not command or command.startswith("#") or reason_not_to_run(command):
-                continue
-            if re.search(r"kest-sandbox serve\b", command) and not command.endswith("&"):
-                command += " &"
-            lines.append(command)
-            if command.endswith("&"):
-                port = re.search(r"--listen \S+:(\d+)", command)
-                lines.append(f"wait_for_port {port.group(1) if port else ''}")
-        return lines
-
-
-# A server is ready when somebody listens; one that names no port is not asked by later commands.
-PRELUDE = r"""
-set -euo pipefail
-wait_for_port() {
-  [ $# -eq 1 ] || return 0
-  for _ in $(seq 500); do (exec 3<>/dev/tcp/127.0.0.1/"$1") 2>/dev/null && return; sleep 0.02; done
-  return 1
-}
-"""
-
-
-def run_commands(scratch, blocks):
-    """Runs a page's blocks of commands; answers what each printed, or None and the words of the one that failed."""
-    text = PRELUDE
-    for number, block in enumerate(blocks):
-        *first, last = scratch.script(block) or [":"]
-        lines = [f"exec >first{number} 2>err{number}", *first, f"exec >out{number}", last, f": >done{number}\n"]
-        text += "\n".join(lines)
-    shell = subprocess.Popen(["bash", "-c", text], cwd=scratch.folder, env=scratch.environment,
-                             stdin=subprocess.DEVNULL, start_new_session=True)
-    try:
-        shell.wait(SECONDS)
-    finally:
-        # What runs beside the commands belongs to the shell's own group.
-        try:
-            os.killpg(shell.pid, signal.SIGTERM)
-        except ProcessLookupError:
-            pass
-        shell.wait(SECONDS)
-    printed = []
-    for number, block in enumerate(blocks):
-        if not (scratch.folder / f"done{number}").exists():
-            words = "".join(one.read_text() for one in scratch.folder.glob(f"*{number}") if one.is_file())
-            return None, f"{block}: {words}"
-        printed.append(scratch.without_ports((scratch.folder / f"out{number}").read_text()))
-    return printed, ""
 
 
 class Samples(unittest.TestCase):
