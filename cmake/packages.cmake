@@ -2,10 +2,18 @@
 # kest-sandbox. scripts/package-linux makes them.
 set(KEST_DEBIAN ${PROJECT_SOURCE_DIR}/cmake/debian)
 
+# kest_compress(<file>): FILE.gz in the build folder, the same bytes every time.
+function(kest_compress path)
+  get_filename_component(file ${path} NAME)
+  set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${path})
+  execute_process(COMMAND gzip -9nc ${path} OUTPUT_FILE ${CMAKE_BINARY_DIR}/${file}.gz COMMAND_ERROR_IS_FATAL ANY)
+endfunction()
+
 # kest_package(<component> <name> SECTION <section> SUMMARY <line> TEXT <lines...> [DEPENDS <packages>] [HEADERS <packages...>]
-# [DOCS <files...>]): HEADERS are the Debian packages whose headers are compiled into the programs of this one.
+# [DOCS <files...>] [PAGES <files...>]): HEADERS are the Debian packages whose headers are compiled into the programs of
+# this one, PAGES its man pages of section 1.
 macro(kest_package component name)
-  cmake_parse_arguments(PACKAGE "" "SECTION;SUMMARY;DEPENDS" "TEXT;HEADERS;DOCS" ${ARGN})
+  cmake_parse_arguments(PACKAGE "" "SECTION;SUMMARY;DEPENDS" "TEXT;HEADERS;DOCS;PAGES" ${ARGN})
   string(TOUPPER ${component} upper)
   list(JOIN PACKAGE_TEXT "\n" text)
   set(CPACK_DEBIAN_${upper}_PACKAGE_NAME ${name})
@@ -19,12 +27,28 @@ macro(kest_package component name)
   if(PACKAGE_DOCS)
     install(FILES ${PACKAGE_DOCS} DESTINATION ${folder} COMPONENT ${component})
   endif()
+  foreach(page ${PACKAGE_PAGES})
+    kest_compress(${page})
+    get_filename_component(file ${page} NAME)
+    install(FILES ${CMAKE_BINARY_DIR}/${file}.gz DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT ${component})
+  endforeach()
   foreach(package ${PACKAGE_HEADERS})
     install(FILES /usr/share/doc/${package}/copyright RENAME copyright.${package} DESTINATION ${folder} COMPONENT ${component})
   endforeach()
 endmacro()
 
-execute_process(COMMAND gzip -9nc ${KEST_DEBIAN}/changelog OUTPUT_FILE ${CMAKE_BINARY_DIR}/changelog.gz COMMAND_ERROR_IS_FATAL ANY)
+kest_compress(${KEST_DEBIAN}/changelog)
+
+# The functions' man pages are made from theirs in docs/.
+file(GLOB pages CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/docs/functions/*.md)
+add_custom_command(OUTPUT ${CMAKE_BINARY_DIR}/man.stamp
+  COMMAND rm -rf ${CMAKE_BINARY_DIR}/man
+  COMMAND ${PROJECT_SOURCE_DIR}/scripts/make-man ${CMAKE_BINARY_DIR}/man
+  COMMAND gzip -9nr ${CMAKE_BINARY_DIR}/man
+  COMMAND touch ${CMAKE_BINARY_DIR}/man.stamp
+  DEPENDS ${pages} ${PROJECT_SOURCE_DIR}/scripts/make-man VERBATIM)
+add_custom_target(kest_man DEPENDS ${CMAKE_BINARY_DIR}/man.stamp)
+install(DIRECTORY ${CMAKE_BINARY_DIR}/man/ DESTINATION ${CMAKE_INSTALL_MANDIR} COMPONENT development OPTIONAL)
 
 kest_package(library libkestapi0
   SECTION libs
@@ -55,7 +79,8 @@ kest_package(tools kestapi-tools
     "This package has kest, which shows products, buys, fetches bills and"
     "receipts, explains error codes and looks what is wrong with a server."
   HEADERS libcli11-dev nlohmann-json3-dev
-  DOCS ${PROJECT_SOURCE_DIR}/docs/kest.md)
+  DOCS ${PROJECT_SOURCE_DIR}/docs/kest.md
+  PAGES ${PROJECT_SOURCE_DIR}/tools/kest/kest.1)
 kest_package(sandbox kest-sandbox
   SECTION devel
   SUMMARY "commerce server to develop and test against"
@@ -64,7 +89,8 @@ kest_package(sandbox kest-sandbox
     "catalogue, knows test cards, checks everything that a client owes and says"
     "in words what it refuses. It holds no real money."
   HEADERS libcli11-dev nlohmann-json3-dev libspdlog-dev libfmt-dev
-  DOCS ${PROJECT_SOURCE_DIR}/docs/sandbox.md)
+  DOCS ${PROJECT_SOURCE_DIR}/docs/sandbox.md
+  PAGES ${PROJECT_SOURCE_DIR}/sandbox/kest-sandbox.1)
 
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_CONTACT "KESTAPI maintainers <maintainers@kestapi.invalid>")

@@ -65,6 +65,16 @@ class Consumers(unittest.TestCase):
         for program in ("host_c", "host_cpp"):
             self.assert_works(self.folder / program)
 
+    def test_the_lines_of_the_page_do(self):
+        (lines,) = re.findall(r"^```cmake\n(.*?)^```$", (TOP / "docs/packages.md").read_text(), re.M | re.S)
+        (self.folder / "host.c").write_text((PROJECT / "host.c").read_text())
+        (self.folder / "CMakeLists.txt").write_text("cmake_minimum_required(VERSION 3.25)\nproject(host LANGUAGES C)\n"
+                                                    "add_executable(host host.c)\n" + lines)
+        run("cmake", "-G", "Ninja", "-S", self.folder, "-B", self.folder / "build",
+            f"-DCMAKE_PREFIX_PATH={self.prefix}", env=without_paths())
+        run("cmake", "--build", self.folder / "build")
+        self.assert_works(self.folder / "build/host")
+
     def test_cmake_refuses_the_library_to_who_wants_another_version(self):
         major, minor, *_ = map(int, VERSION.split("."))
         for version in (f"{major}.{minor + 1}", f"{major + 1}.0"):
@@ -93,7 +103,7 @@ class Consumers(unittest.TestCase):
                     f"{lib}/cmake/kestapi/kestapi-config.cmake", f"{lib}/cmake/kestapi/kestapi-config-release.cmake",
                     f"{lib}/cmake/kestapi/kestapi-config-version.cmake"]),
             sorted(path.relative_to(self.prefix).as_posix() for path in self.prefix.rglob("*")
-                   if not path.is_dir() and "share/doc" not in path.as_posix()))
+                   if not path.is_dir() and "share" not in path.parts))
 
     def test_no_installed_file_names_the_folders_of_its_making(self):
         for path in self.prefix.rglob("*"):

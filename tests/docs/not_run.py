@@ -15,11 +15,15 @@ COMMANDS = {
     "scripts/wine": "the same",
     "scripts/package": "builds the DLLs of both widths; scripts/check_kit makes and tries the kit",
     "cl": "Microsoft's compiler; scripts/check_kit links with what takes its place",
+    "scripts/package-linux": "tests/packages runs it",
+    "sudo apt-get install": "needs root; tests/packages installs them where it may",
+    "cc host.c": "needs the packages; tests/packages runs it where they are installed",
 }
 
 # Blocks by page and kind.
 BLOCKS = {
     ("ARCHITECTURE.md", "diagram"): "the layers as a picture; scripts/check_house holds them",
+    ("docs/packages.md", "cmake"): "tests/consumers builds a project with these lines",
     ("docs/protocol.md", "hex"): "tests/docs/protocol_test.py and the unit test ProtocolPage read them",
     ("docs/protocol.md", "base64"): "the same",
 }

@@ -15,8 +15,7 @@ TOP = pathlib.Path(__file__).resolve().parents[2]
 NAMES = ("libkestapi0", "libkestapi-dev", "kestapi-tools", "kest-sandbox")
 LAYERED = ("usr", "etc", "var")
 GUID = "{6F1D2A54-93C7-4B0E-8E21-5A7C0D94B3F6}"
-INSIDE = "--in-a-namespace"
-VERSION, *WHERE = sys.argv[1:]
+VERSION, *OUTSIDE = sys.argv[1:]
 # Whether the machine is this test's own, or why not; later also the folder of the packages and that of the layers.
 STATE = {"private": False, "reason": "this needs root and a mount namespace of its own"}
 
@@ -35,12 +34,17 @@ def run(*command, **more):
     return out
 
 
+def namespace():
+    return os.readlink("/proc/self/ns/mnt")
+
+
 def setUpModule():
     folder = tempfile.TemporaryDirectory()
     unittest.addModuleCleanup(folder.cleanup)
     STATE["folder"] = pathlib.Path(folder.name, "packages")
     run(TOP / "scripts/package-linux", STATE["folder"])
-    if not WHERE:
+    # Nothing is mounted unless this is certainly another namespace than the machine's.
+    if len(OUTSIDE) != 1 or not OUTSIDE[0].startswith("mnt:[") or OUTSIDE[0] == namespace():
         return
     layers = pathlib.Path(folder.name, "layers")
     layers.mkdir()
@@ -53,6 +57,8 @@ def setUpModule():
             upper.mkdir()
             work.mkdir()
             run("mount", "-t", "overlay", "overlay", "-o", f"lowerdir=/{name},upperdir={upper},workdir={work}", f"/{name}")
+        # Otherwise the index of all man pages is made anew behind every change.
+        pathlib.Path("/var/lib/man-db/auto-update").unlink(missing_ok=True)
         STATE.update(private=True, layers=layers)
     except AssertionError as error:
         STATE["reason"] = str(error)
@@ -85,7 +91,7 @@ class Packages(unittest.TestCase):
                                   "kestapi.h", "kestapi.pc", "libkestapi.so"],
                "kestapi-tools": ["kest"], "kest-sandbox": ["kest-sandbox"]}
         for name, files in own.items():
-            paths = [path for path in contents(name) if not path.startswith(f"/usr/share/doc/{name}/")]
+            paths = [path for path in contents(name) if not path.startswith((f"/usr/share/doc/{name}/", "/usr/share/man/"))]
             self.assertEqual(files, sorted(path.split("/")[-1] for path in paths), name)
 
     def test_each_has_its_copyright_and_changes(self):
@@ -97,6 +103,26 @@ class Packages(unittest.TestCase):
         for name in ("kestapi-tools", "kest-sandbox"):
             for headers in ("libcli11-dev", "nlohmann-json3-dev"):
                 self.assertIn(f"/usr/share/doc/{name}/copyright.{headers}", contents(name))
+
+    def test_every_function_and_every_program_has_its_man_page(self):
+        header = (TOP / "include/kestapi.h").read_text()
+        pages = {"libkestapi-dev": [f"man3/{name}.3" for name in re.findall(r"KEST_CALL (Kest\w+)\(", header)],
+                 "kestapi-tools": ["man1/kest.1"], "kest-sandbox": ["man1/kest-sandbox.1"]}
+        for name, expected in pages.items():
+            found = [path for path in contents(name) if path.startswith("/usr/share/man/")]
+            self.assertEqual(sorted(f"/usr/share/man/{page}.gz" for page in expected), sorted(found))
+
+    def test_the_programs_man_pages_tell_of_every_command_and_option(self):
+        for program, page in (("kest", "tools/kest/kest.1"), ("sandbox/kest-sandbox", "sandbox/kest-sandbox.1")):
+            text = run("groff", "-man", "-Tascii", "-ww", "-P-cbou", TOP / page)
+            self.assertEqual("", try_run("groff", "-man", "-Tascii", "-ww", TOP / page)[2])
+            program = TOP / "build/linux" / program
+            commands = re.findall(r"^  (\w+)  ", run(program, "--help").split("Subcommands:")[1], re.M)
+            self.assertLess(1, len(commands))
+            for command in commands:
+                self.assertRegex(text, rf"\b{program.name} {command}\b")
+                for option in re.findall(r"^  (?:-\w,)?(--[\w-]+)", run(program, command, "--help"), re.M):
+                    self.assertRegex(text, rf"(?<![\w-]){option}(?![\w-])", page)
 
     def test_files_are_roots_and_nobody_elses_to_write(self):
         for name in NAMES:
@@ -169,6 +195,12 @@ class Use(Private):
         run("cc", "-std=c99", TOP / "examples/c/sell.c", "-o", host, *flags)
         self.assert_sells(f"echo 4111111111111111 | KEST_GUID='{GUID}' {host} 1042")
 
+    def test_the_command_of_the_page_compiles_a_host(self):
+        (command,) = re.findall(r"^cc host\.c .*$", (TOP / "docs/packages.md").read_text(), re.M)
+        (self.folder / "host.c").write_text((TOP / "tests/consumers/project/host.c").read_text())
+        run("bash", "-euc", f"cd {self.folder}; {command}")
+        self.assertEqual("Colour: green\nSize: 12\n", run(self.folder / "host"))
+
     def test_a_program_that_cmake_built_is_bound_to_the_systems_library(self):
         run("cmake", "-G", "Ninja", "-S", TOP / "tests/consumers/project", "-B", self.folder)
         run("cmake", "--build", self.folder)
@@ -218,6 +250,6 @@ class Removal(Private):
 
 
 if __name__ == "__main__":
-    if not WHERE and os.geteuid() == 0 and subprocess.run(["unshare", "--mount", "true"], check=False).returncode == 0:
-        os.execvp("unshare", ["unshare", "--mount", sys.executable, __file__, VERSION, INSIDE])
+    if not OUTSIDE and os.geteuid() == 0 and subprocess.run(["unshare", "--mount", "true"], check=False).returncode == 0:
+        os.execvp("unshare", ["unshare", "--mount", "--propagation", "private", sys.executable, __file__, VERSION, namespace()])
     unittest.main(argv=sys.argv[:1])
