@@ -141,6 +141,8 @@ TEST(FormatLength, AFormatThatBreaksOffReservesNothingForItsEnd) {
 
 TEST(FormatLength, WidthsBeyondThirtyTwoBitsDoNotWrap) {
   EXPECT_LE(std::uint64_t{0xFFFFFFFFu}, Reserved("%99999999999999999999d", 1));
+  // 2 to the 64th and 1.
+  EXPECT_LE(std::uint64_t{0xFFFFFFFFu}, Reserved("%18446744073709551617d", 1));
 }
 
 }  // namespace

@@ -10,6 +10,7 @@
 #include <string>
 
 #include "os/posix/registry_name.h"
+#include "unit/os/meddled_calls.h"
 #include "unit/os/registry_place.h"
 #include "unit/os/traced_child.h"
 
@@ -58,6 +59,36 @@ TEST_F(Store, NobodyButTheOwnerMayReadIt) {
     ++files;
   }
   EXPECT_GT(files, 8);
+}
+
+TEST_F(Store, AFileThatComesInPiecesIsReadWhole) {
+  const std::string data(1000, 'd');
+  ASSERT_EQ(errorSuccess, Set(key, "Value", typeString, data));
+  for (const std::size_t most : {1u, 7u, 20u, 21u, 999u}) {
+    mostReadAtOnce = most;
+    const StoredValue value = Get(key, "Value");
+    mostReadAtOnce = 0;
+    EXPECT_EQ((StoredValue{errorSuccess, typeString, data}), value) << most;
+  }
+}
+
+TEST_F(Store, AWalkGoesOnThroughWhatItFoundAtItsStart) {
+  const auto make = [this](const char* name) {
+    OpenedKey made;
+    EXPECT_EQ(errorSuccess, made.Create(key, name));
+  };
+  const auto at = [this](std::uint32_t index) {
+    char name[8] = "";
+    std::uint32_t characters = sizeof name;
+    EXPECT_EQ(errorSuccess, Native().RegEnumKeyExA(key, index, name, &characters));
+    return std::string(name);
+  };
+  make("b");
+  make("c");
+  EXPECT_EQ("b", at(0));
+  make("a");
+  EXPECT_EQ("c", at(1));
+  EXPECT_EQ("a", at(0));
 }
 
 TEST_F(Store, CapitalLettersDecideTheOrder) {
@@ -214,12 +245,21 @@ TEST_F(StorePlace, ARelativeDataDirectoryDoesNotCount) {
 
 TEST_F(StorePlace, WithoutAHomeTheUsersEntryTellsOne) {
   const Variable own("KESTAPI_REGISTRY", nullptr), data("XDG_DATA_HOME", nullptr), home("HOME", nullptr);
-  const passwd* user = getpwuid(getuid());
-  if (user == nullptr) GTEST_SKIP() << "skipped: the user has no entry";
-  // Reading alone: what lies there is the user's.
-  const bool isThere = fs::is_directory(std::string(user->pw_dir) + "/.local/share/kestapi/HKEY_CURRENT_USER");
-  OpenedKey opened;
-  EXPECT_EQ(isThere ? errorSuccess : errorFileNotFound, opened.Open(CurrentUser(), ""));
+  if (getpwuid(getuid()) == nullptr) GTEST_SKIP() << "skipped: the user has no entry";
+  homeOfUsers = folder;
+  const std::int32_t error = MakeKey();
+  homeOfUsers.reset();
+  EXPECT_EQ(errorSuccess, error);
+  EXPECT_TRUE(IsAt(".local/share/kestapi"));
+}
+
+TEST_F(StorePlace, TheUsersEntryDoesNotCountBesideAHome) {
+  const Variable own("KESTAPI_REGISTRY", nullptr), data("XDG_DATA_HOME", nullptr), home("HOME", folder.c_str());
+  homeOfUsers = "/nowhere";
+  const std::int32_t error = MakeKey();
+  homeOfUsers.reset();
+  EXPECT_EQ(errorSuccess, error);
+  EXPECT_TRUE(IsAt(".local/share/kestapi"));
 }
 
 TEST_F(StorePlace, AUserWithoutAHomeHasNoStore) {

@@ -44,7 +44,7 @@ TEST(InterruptedConnect, OfARefusedConnectionFails) {
     if (::connect(descriptor, reinterpret_cast<const sockaddr*>(&target), sizeof target) == 0 || errno != EINPROGRESS) {
       return 2;
     }
-    return Connect(socket, &target, sizeof target) == 0 ? 0 : 1;
+    return Connect(socket, &target, sizeof target) == -1 ? 1 : 0;
   });
   KEST_TRACED_OR_SKIP(run);
   EXPECT_EQ(SYS_connect, run.refused);
@@ -62,7 +62,7 @@ TEST(InterruptedConnect, ThatCannotBeWaitedForFails) {
     if (setrlimit(RLIMIT_NOFILE, &none) != 0) return 2;
     const int result = Connect(socket, &target, sizeof target);
     setrlimit(RLIMIT_NOFILE, &usual);
-    return result == 0 ? 0 : 1;
+    return result == -1 ? 1 : 0;
   });
   KEST_TRACED_OR_SKIP(run);
   EXPECT_EQ(SYS_connect, run.refused);
@@ -73,7 +73,7 @@ TEST(InterruptedConnect, OfWhatIsNoSocketFails) {
   const SocketAddress target = ClosedPort();
   const TracedRun run = RunInterrupted(1, [&] {
     const int null = open("/dev/null", O_WRONLY | O_CLOEXEC);
-    return Connect(static_cast<Socket>(null), &target, sizeof target) == 0 ? 0 : 1;
+    return Connect(static_cast<Socket>(null), &target, sizeof target) == -1 ? 1 : 0;
   });
   KEST_TRACED_OR_SKIP(run);
   EXPECT_EQ(SYS_connect, run.refused);
