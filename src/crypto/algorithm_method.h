@@ -45,7 +45,8 @@ struct Rc5ParameterBlock {
 };
 
 // The operations answer a MethodResult; lengths are in bytes. They work on a context of `contextSize` bytes that the
-// frame allocates zeroed, and wipes and frees. A successful final leaves the context ready for the next message.
+// frame allocates zeroed, and wipes and frees; `*outLength` is 0 before each call. A successful final leaves the context
+// ready for the next message.
 struct AlgorithmOperations {
   std::size_t contextSize;
   int (*init)(void* context, const AlgorithmParameters& parameters, const KeyObject* key);

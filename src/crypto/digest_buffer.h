@@ -41,7 +41,7 @@ struct DigestBuffer {
     if (blocks != 0) compress(in, blocks);
     in += blocks * digestBlockLength;
     length -= blocks * digestBlockLength;
-    if (length != 0) std::memcpy(bytes, in, length);
+    std::memcpy(bytes, in, length);
   }
 
   // Pads with 0x80 and zeros to 56 bytes of a block, then the count, which store(bytes, word) writes in words: `first`

@@ -73,14 +73,12 @@ int InitMethod(void* context, const AlgorithmParameters&, const KeyObject*) {
 }
 
 int UpdateMethod(void* context, const std::uint8_t* in, std::uint32_t inLength, std::uint8_t*, std::uint32_t,
-                 std::uint32_t* outLength) {
-  *outLength = 0;
+                 std::uint32_t*) {
   Md5Update(*static_cast<Md5Context*>(context), in, inLength);
   return methodSuccess;
 }
 
 int FinalMethod(void* context, std::uint8_t* out, std::uint32_t outMax, std::uint32_t* outLength) {
-  *outLength = 0;
   if (outMax < md5Length) return methodOutputTooSmall;
   Md5Final(*static_cast<Md5Context*>(context), out);
   *outLength = md5Length;

@@ -38,8 +38,7 @@ int InitMethod(void* context, const AlgorithmParameters&, const KeyObject*) {
 }
 
 int UpdateMethod(void* context, const std::uint8_t* in, std::uint32_t inLength, std::uint8_t*, std::uint32_t,
-                 std::uint32_t* outLength) {
-  *outLength = 0;
+                 std::uint32_t*) {
   Md5RandomSeed(*static_cast<Md5Random*>(context), in, inLength);
   return methodSuccess;
 }

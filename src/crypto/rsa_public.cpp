@@ -60,7 +60,6 @@ int Update(void* memory, const std::uint8_t* in, std::uint32_t inLength, std::ui
            std::uint32_t* outLength) {
   auto& context = *static_cast<Context*>(memory);
   const std::uint32_t length = context.blockLength;
-  *outLength = 0;
   while (inLength != 0) {
     const std::uint8_t* block = in;
     std::uint32_t taken = length;
@@ -83,9 +82,8 @@ int Update(void* memory, const std::uint8_t* in, std::uint32_t inLength, std::ui
   return methodSuccess;
 }
 
-int Final(void* memory, std::uint8_t*, std::uint32_t, std::uint32_t* outLength) {
+int Final(void* memory, std::uint8_t*, std::uint32_t, std::uint32_t*) {
   auto& context = *static_cast<Context*>(memory);
-  *outLength = 0;
   Wipe(context.block, sizeof context.block);
   return context.held == 0 ? methodSuccess : methodBadLength;
 }

@@ -80,14 +80,12 @@ int InitMethod(void* context, const AlgorithmParameters&, const KeyObject*) {
 }
 
 int UpdateMethod(void* context, const std::uint8_t* in, std::uint32_t inLength, std::uint8_t*, std::uint32_t,
-                 std::uint32_t* outLength) {
-  *outLength = 0;
+                 std::uint32_t*) {
   Sha1Update(*static_cast<Sha1Context*>(context), in, inLength);
   return methodSuccess;
 }
 
 int FinalMethod(void* context, std::uint8_t* out, std::uint32_t outMax, std::uint32_t* outLength) {
-  *outLength = 0;
   if (outMax < sha1Length) return methodOutputTooSmall;
   Sha1Final(*static_cast<Sha1Context*>(context), out);
   *outLength = sha1Length;

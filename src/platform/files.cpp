@@ -10,7 +10,7 @@ namespace {
 // The path that a call put into `buffer` of longestPath characters and whose length it answered as `length`.
 String PathFrom(const char* buffer, std::uint32_t length) {
   // A length that is not below the room says what would have been needed.
-  return length != 0 && length < os::longestPath ? String(buffer, length) : String();
+  return length < os::longestPath ? String(buffer, length) : String();
 }
 
 }  // namespace

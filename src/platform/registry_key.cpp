@@ -8,7 +8,7 @@ namespace {
 
 // Cuts `text`, of which `length` characters are known, before its first NUL.
 void CutAtNul(String& text, std::uint32_t length) {
-  const void* end = length != 0 ? std::memchr(text.Characters(), '\0', length) : text.Characters();
+  const void* end = std::memchr(text.Characters(), '\0', length);
   if (end != nullptr) length = static_cast<std::uint32_t>(static_cast<const char*>(end) - text.Characters());
   text.SetAt(length, '\0');
 }

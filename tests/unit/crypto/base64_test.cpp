@@ -96,6 +96,7 @@ TEST(Base64Encoder, TooSmallOutputGives536BeforeAnythingIsWrittenOrTaken) {
   const Bytes in = BytesOf("foobar");
   ASSERT_EQ(Base64EncodeUpdate(context, area.data(), &length, 0, in.data(), 2), 0);
   EXPECT_EQ(length, 0U);
+  length = 9;
   EXPECT_EQ(Base64EncodeUpdate(context, area.data(), &length, 7, in.data() + 2, 4), 536);
   EXPECT_EQ(length, 0U);
   EXPECT_EQ(area, "????????");

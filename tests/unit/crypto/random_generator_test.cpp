@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cstring>
+
 #include "crypto/entropy.h"
 #include "crypto/md5_random.h"
 #include "crypto/random_object.h"
@@ -81,6 +83,20 @@ TEST(RandomGenerator, SecondSeedUpdateAdvancesByTheIncrement) {
   EXPECT_EQ(ToHex(random.state, 16), "d41d8cd98f00b204e9800998ecf8427e");
   Md5RandomGenerate(random, out, 16);
   EXPECT_EQ(ToHex(random.state, 16), "a83b19b31e016409d3001331d9f084fd");
+}
+
+TEST(RandomGenerator, BeginsAnewWhateverLaysInItsPlace) {
+  const auto drawn = [](int before) {
+    alignas(Md5Random) std::uint8_t place[sizeof(Md5Random)];
+    std::memset(place, before, sizeof place);
+    auto& random = *reinterpret_cast<Md5Random*>(place);
+    Md5RandomInit(random);
+    Md5RandomSeed(random, reinterpret_cast<const std::uint8_t*>("a"), 1);
+    Bytes bytes(40);
+    Md5RandomGenerate(random, bytes.data(), 40);
+    return ToHex(bytes);
+  };
+  EXPECT_EQ(drawn(0), drawn(0xFF));
 }
 
 TEST(RandomGenerator, SeedAfterGenerationGoesOnFromTheState) {

@@ -88,6 +88,15 @@ TEST(RsaPublic, ThreeBlocksAreTheSameInEverySplit) {
   });
 }
 
+TEST(RsaPublic, ExponentZeroGivesOne) {
+  for (const std::size_t bytes : {1u, 16u, 255u, 256u}) {
+    Bytes out, one(bytes);
+    one.back() = 1;
+    EXPECT_EQ(Encipher(Modulus(bytes), {0}, {SomeBytes(bytes, 4)}, &out), 0) << bytes;
+    EXPECT_EQ(out, one) << bytes;
+  }
+}
+
 TEST(RsaPublic, UnfinishedBlockGives525AtTheEnd) {
   const Bytes modulus = Modulus(16);
   for (std::size_t length = 0; length <= 33; ++length) {

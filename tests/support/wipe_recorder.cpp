@@ -1,0 +1,54 @@
+#include "support/wipe_recorder.h"
+
+#include <cstddef>
+#include <vector>
+
+namespace {
+
+thread_local std::vector<std::size_t>* lengths = nullptr;
+
+}  // namespace
+
+// The names that the compiler gives to kest::Wipe.
+#ifdef _WIN32
+#define KEST_REAL __real__ZN4kest4WipeEPvj
+#define KEST_WRAP __wrap__ZN4kest4WipeEPvj
+#else
+#define KEST_REAL __real__ZN4kest4WipeEPvm
+#define KEST_WRAP __wrap__ZN4kest4WipeEPvm
+#endif
+
+extern "C" {
+
+void KEST_REAL(void* memory, std::size_t bytes);
+
+void KEST_WRAP(void* memory, std::size_t bytes) {
+  if (lengths != nullptr) lengths->push_back(bytes);
+  KEST_REAL(memory, bytes);
+}
+}
+
+namespace kest::testing {
+
+WipeRecorder::WipeRecorder() {
+  lengths = new std::vector<std::size_t>;
+}
+
+WipeRecorder::~WipeRecorder() {
+  delete lengths;
+  lengths = nullptr;
+}
+
+std::string WipeRecorder::Lengths() {
+  std::string told;
+  for (std::size_t i = 0; i < lengths->size();) {
+    std::size_t same = 1;
+    while (i + same < lengths->size() && (*lengths)[i + same] == (*lengths)[i]) ++same;
+    told += (told.empty() ? "" : " ") + std::to_string((*lengths)[i]) + (same > 1 ? "*" + std::to_string(same) : "");
+    i += same;
+  }
+  lengths->clear();
+  return told;
+}
+
+}  // namespace kest::testing
