@@ -29,7 +29,6 @@ std::uint32_t DigestLength(const DigestDescriptor& descriptor) {
 }
 
 ByteBuffer DigestText(const String& text, const DigestDescriptor& descriptor) {
-  if (DigestLength(descriptor) == 0) return ByteBuffer();
   AlgorithmObject* object = nullptr;
   if (CreateAlgorithm(&object) != resultSuccess) return ByteBuffer();
   std::uint8_t digest[longestDigest];

@@ -1,15 +1,17 @@
 #include "support/wipe_recorder.h"
 
 #include <cstddef>
+#include <utility>
 #include <vector>
 
 namespace {
 
 thread_local std::vector<std::size_t>* lengths = nullptr;
+thread_local int stacks = 0;
 
 }  // namespace
 
-// The names that the compiler gives to kest::Wipe.
+// The names that the compiler gives to kest::Wipe; that of kest::WipeStack is the same everywhere.
 #ifdef _WIN32
 #define KEST_REAL __real__ZN4kest4WipeEPvj
 #define KEST_WRAP __wrap__ZN4kest4WipeEPvj
@@ -26,12 +28,20 @@ void KEST_WRAP(void* memory, std::size_t bytes) {
   if (lengths != nullptr) lengths->push_back(bytes);
   KEST_REAL(memory, bytes);
 }
+
+void __real__ZN4kest9WipeStackEv();
+
+void __wrap__ZN4kest9WipeStackEv() {
+  ++stacks;
+  __real__ZN4kest9WipeStackEv();
+}
 }
 
 namespace kest::testing {
 
 WipeRecorder::WipeRecorder() {
   lengths = new std::vector<std::size_t>;
+  stacks = 0;
 }
 
 WipeRecorder::~WipeRecorder() {
@@ -49,6 +59,10 @@ std::string WipeRecorder::Lengths() {
   }
   lengths->clear();
   return told;
+}
+
+int WipeRecorder::Stacks() {
+  return std::exchange(stacks, 0);
 }
 
 }  // namespace kest::testing

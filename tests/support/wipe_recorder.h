@@ -16,6 +16,8 @@ class WipeRecorder {
   // The lengths of the places that this thread has wiped since the last call, in bytes: "64 16 64"; of several the same
   // in a row "64*3".
   std::string Lengths();
+  // How often the stack of returned calls was wiped since the last call.
+  int Stacks();
 };
 
 }  // namespace kest::testing

@@ -3,6 +3,7 @@
 #include <kestapi.h>
 
 #include "support/sale_fixture.h"
+#include "support/wipe_recorder.h"
 
 namespace kest {
 namespace {
@@ -45,6 +46,21 @@ TEST_F(SaleExports, ABillIsThatOfTheCheckout) {
   EXPECT_EQ(1, KestGetBillProductCount(bill));
   EXPECT_STREQ("21.95", KestGetField(KEST_FIELDS(bill), "KEST-TotalAmount"));
   EXPECT_STREQ("T-7", KestGetField(KEST_FIELDS(checkout), "KEST-TxN"));
+}
+
+TEST_F(SaleExports, EveryCallOfTheServerWipesTheStackBehindItself) {
+  testing::WipeRecorder wiped;
+  KestBillCustomer(checkout);
+  EXPECT_EQ(1, wiped.Stacks());
+  KestGetBill(checkout);
+  EXPECT_EQ(1, wiped.Stacks());
+  KestProductList* list = KestCreateProductList();
+  KestGetProductList(list, "1.0");
+  EXPECT_EQ(1, wiped.Stacks());
+  server.answer = [](testing::SealedServer&, const testing::ServerRequest&) { return std::string(); };
+  KestGetProductList(list, "1.0");
+  EXPECT_EQ(1, wiped.Stacks());
+  KestDestroyProductList(list);
 }
 
 TEST_F(SaleExports, FailuresAreNullWithTheCodeInTheCheckout) {

@@ -3,6 +3,10 @@
 
 #include <gtest/gtest.h>
 
+#include <cstring>
+#include <string>
+#include <vector>
+
 namespace kest {
 namespace {
 
@@ -19,6 +23,7 @@ TEST(FormatLength, OrdinaryCharactersAndDoubledPercentSignsReserveOne) {
   EXPECT_EQ(3u, Reserved("abc"));
   EXPECT_EQ(1u, Reserved("%%"));
   EXPECT_EQ(5u, Reserved("a%%b%%c"));
+  EXPECT_EQ(2u, Reserved("%%d"));
 }
 
 TEST(FormatLength, AnAlternateFormReservesTwoMore) {
@@ -137,6 +142,26 @@ TEST(FormatLength, AFormatThatBreaksOffReservesNothingForItsEnd) {
   EXPECT_EQ(1u, Reserved("a%"));
   EXPECT_EQ(1u, Reserved("a%-"));
   EXPECT_EQ(1u, Reserved("a%08.3l"));
+}
+
+TEST(FormatLength, EveryRealNumberIsPassedOver) {
+  // So many that no register holds the last of each kind.
+  for (const char letter : {'e', 'f', 'g', 'G', 'E', 'a', 'A'}) {
+    std::string format;
+    for (int i = 0; i < 9; ++i) format += std::string("%") + letter;
+    format += "%s%s%s%s%s%s%s";
+    const std::uint64_t numbers = std::strchr("efgG", letter) != nullptr ? 9 * 128 : 0;
+    EXPECT_EQ(numbers + 28, Reserved(format.c_str(), 1.0, 2.0, 3.0, 4.0, 5.0, 6.0, 7.0, 8.0, 9.0, "a", "bc", "def", "ghij",
+                                     "klmno", "pqrstu", "vwxyz78"))
+        << letter;
+  }
+}
+
+TEST(FormatLength, ATextIsReadAsFarAsItsPrecision) {
+  const std::string narrow = "abc";
+  const std::vector<char> unended(narrow.begin(), narrow.end());
+  EXPECT_EQ(3u, Reserved("%.3s", unended.data()));
+  EXPECT_EQ(2u, Reserved("%.2s", unended.data()));
 }
 
 TEST(FormatLength, WidthsBeyondThirtyTwoBitsDoNotWrap) {

@@ -242,6 +242,12 @@ TEST_F(HostileStore, AKeyWhoseNameIsDamagedShowsItsSmallName) {
     WriteFile(name, good.substr(0, length));
     EXPECT_EQ(Strings{"receipts"}, KeyNames(key));
   }
+  for (std::size_t place = 0; place < good.size(); ++place) {
+    std::string changed = good;
+    changed[place] = static_cast<char>(changed[place] ^ 0x01);
+    WriteFile(name, changed);
+    EXPECT_EQ(Strings{"receipts"}, KeyNames(key)) << "byte " << place;
+  }
   for (const char* wrong : {"Value", "A\\b", ""}) {
     WriteFile(name, Record(wrong));
     EXPECT_EQ(Strings{"receipts"}, KeyNames(key));

@@ -31,6 +31,8 @@ TEST_F(Store, KeysAreDirectoriesAndValuesFiles) {
   const std::string folder = top + "/kest test " + std::to_string(getpid()) + "/receipts/3-7-1998/%7ba%7d";
   EXPECT_TRUE(fs::is_regular_file(folder + "/=guid"));
   EXPECT_TRUE(fs::is_regular_file(folder + "/="));
+  EXPECT_TRUE(fs::is_regular_file(folder + "/.name"));
+  EXPECT_FALSE(fs::exists(folder + "/../.name")) << "its file name tells all of 3-7-1998";
 }
 
 TEST_F(Store, AValuesFileHasTheFormThatIsWrittenDown) {
