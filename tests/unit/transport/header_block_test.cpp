@@ -262,6 +262,7 @@ TEST(StatusLineReading, VersionStatusAndReasonAreTaken) {
 TEST(StatusLineReading, TokenWithoutASlashGivesVersionOne) {
   EXPECT_EQ(ReadStatus("HTTP 200 OK\r\n"), (StatusLine{true, "1.0", 200, "OK"}));
   EXPECT_EQ(ReadStatus("/1.1 200 OK\r\n"), (StatusLine{true, "1.1", 200, "OK"}));
+  EXPECT_EQ(ReadStatus("\1 200 OK\r\n"), (StatusLine{true, "1.0", 200, "OK"}));
 }
 
 TEST(StatusLineReading, VersionIsAllBehindTheFirstSlash) {
