@@ -11,6 +11,7 @@
 #include "secrets/derived_secrets.h"
 #include "secrets/scenarios.h"
 #include "secrets/secret_windows.h"
+#include "support/base64_text.h"
 #include "support/memory_registry.h"
 #include "support/rc5_message.h"
 #include "support/sealed_server.h"
@@ -22,18 +23,6 @@ namespace {
 [[noreturn]] void Fail(const std::string& what) {
   std::cerr << "secret_recorder: " << what << "\n";
   std::exit(1);
-}
-
-std::string ToBase64(const std::string& bytes) {
-  String text;
-  ByteBuffer(bytes.data(), static_cast<std::uint32_t>(bytes.size())).EncodeBase64(text);
-  return text.Text();
-}
-
-std::string FromBase64(const std::string& text) {
-  ByteBuffer bytes;
-  bytes.DecodeBase64(text.c_str());
-  return std::string(reinterpret_cast<const char*>(bytes.Bytes()), bytes.Length());
 }
 
 std::string FieldOf(const std::string& text, const std::string& name) {

@@ -8,24 +8,13 @@
 
 #include "core/byte_buffer.h"
 #include "crypto/message_digest.h"
+#include "support/base64_text.h"
 #include "support/rc5_message.h"
 
 namespace kest::testing {
 namespace {
 
 constexpr std::uint32_t modulusBytes = 128;
-
-std::string ToBase64(const std::string& bytes) {
-  String text;
-  ByteBuffer(bytes.data(), static_cast<std::uint32_t>(bytes.size())).EncodeBase64(text);
-  return text.Text();
-}
-
-std::string FromBase64(const std::string& text) {
-  ByteBuffer bytes;
-  bytes.DecodeBase64(text.c_str());
-  return std::string(reinterpret_cast<const char*>(bytes.Bytes()), bytes.Length());
-}
 
 std::string DerLength(std::size_t length) {
   if (length < 0x80) return std::string(1, static_cast<char>(length));
