@@ -111,6 +111,19 @@ TEST_F(RefusedMemory, OfAValueReadsNone) {
   EXPECT_EQ((StoredValue{errorSuccess, typeString, "data"}), Get(key, "Value"));
 }
 
+TEST_F(RefusedMemory, OfAValueListsAndReplacesNone) {
+  ASSERT_EQ(errorSuccess, Set(key, "Value", typeString, "data"));
+  // The value, its name and the order; the old value, whose spelling stays.
+  EXPECT_EQ(3, RefuseEach([this] {
+    char name[16];
+    std::uint32_t room = sizeof name;
+    return Native().RegEnumValueA(key, 0, name, &room) == errorNotEnoughMemory;
+  }));
+  EXPECT_EQ(1, RefuseEach([this] { return Set(key, "value", typeBinary, "new") == errorNotEnoughMemory; }));
+  EXPECT_EQ((StoredValue{errorSuccess, typeBinary, "new"}), Get(key, "Value")) << "the last write was refused nothing";
+  EXPECT_EQ(std::vector<std::string>{"Value"}, ValueNames(key));
+}
+
 // A thread of its own has no block from an earlier look-up.
 TEST_F(RefusedMemory, OfAHostFindsNone) {
   int calls = 0;

@@ -1,16 +1,12 @@
 // A process is refused each system call of a change of the registry in turn: the call fails as it should or finds
 // another way, nothing is half done, and the next writer is not hindered.
 #include <gtest/gtest.h>
-#include <sys/resource.h>
 #include <sys/syscall.h>
-#include <unistd.h>
 
 #include <cerrno>
 #include <cstdio>
-#include <cstdlib>
 #include <fstream>
 #include <string>
-#include <utility>
 
 #include "os/posix/registry_name.h"
 #include "unit/os/interrupted_write.h"
@@ -294,45 +290,6 @@ TEST_F(RefusedCall, OfAReaderTellsWhatIsLacking) {
     KEST_TRACED_OR_SKIP(run);
     EXPECT_EQ(meaning, run.result) << error;
   }
-}
-
-constexpr std::size_t narrow = 8 << 20;
-
-// Runs `work` in a child that finds no block of `narrow` bytes.
-int RunInNarrowMemory(const std::function<int()>& work) {
-  return WaitFor(Start([&] {
-    std::size_t pages = 0;
-    std::ifstream("/proc/self/statm") >> pages;
-    const rlim_t most = pages * static_cast<std::size_t>(sysconf(_SC_PAGESIZE)) + narrow;
-    const rlimit limit{most, most};
-    if (setrlimit(RLIMIT_AS, &limit) != 0) return 255;
-    // What earlier tests gave back may still be at hand.
-    for (void* volatile block = std::malloc(narrow); block != nullptr;) block = std::malloc(narrow);
-    return work();
-  }));
-}
-
-TEST_F(RefusedCall, OfMemoryIsNoMissingValue) {
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-  GTEST_SKIP() << "skipped: a sanitizer does not go on without memory";
-#endif
-  ASSERT_EQ(errorSuccess, Set(key, "value", typeBinary, std::string(2 * narrow, 'x')));
-  std::uint32_t size = 0, characters = 16;
-  char name[16];
-  EXPECT_EQ(errorNotEnoughMemory,
-            RunInNarrowMemory([&] { return Native().RegQueryValueExA(key, "value", nullptr, nullptr, &size); }));
-  EXPECT_EQ(errorNotEnoughMemory, RunInNarrowMemory([&] { return Set(key, "value", typeBinary, "x"); }));
-  EXPECT_EQ(errorNotEnoughMemory, RunInNarrowMemory([&] { return Native().RegEnumValueA(key, 0, name, &characters); }));
-  EXPECT_EQ(2 * narrow, Get(key, "value").data.size());
-
-  // A key whose name cannot be read is not shown under another one.
-  OpenedKey subkey;
-  ASSERT_EQ(errorSuccess, subkey.Create(key, "Key"));
-  ASSERT_EQ(errorSuccess, Set(key, "KEY", typeBinary, std::string(2 * narrow, 'x')));
-  const std::string folder = store + "/HKEY_CURRENT_USER/software/veltrix/kest test " + std::to_string(getpid());
-  std::filesystem::rename(folder + "/=key", folder + "/key/.name");
-  EXPECT_EQ(Strings{"KEY"}, KeyNames(key));
-  EXPECT_EQ(errorNotEnoughMemory, RunInNarrowMemory([&] { return Native().RegEnumKeyExA(key, 0, name, &characters); }));
 }
 
 }  // namespace
