@@ -46,9 +46,8 @@ void ShowChoice(HWND dialog, const Settings* settings, const Product* product) {
 }
 
 void FocusField(HWND dialog, int field) {
-  /* The dialog keeps track of the default button only when the focus is moved this way. */
+  /* Not SetFocus: the dialog keeps track of its default button, and selects a field's text, only this way. */
   SendMessageW(dialog, WM_NEXTDLGCTL, (WPARAM)GetDlgItem(dialog, field), TRUE);
-  SendDlgItemMessageW(dialog, field, EM_SETSEL, 0, -1);
 }
 
 /* Takes a card field that the server wants; one without a name is left out. */

@@ -16,8 +16,8 @@ void PrepareForm(HWND dialog, const Settings* settings);
 /* Shows the chosen product (null for none) and what so many of it cost. */
 void ShowChoice(HWND dialog, const Settings* settings, const Product* product);
 
-/* Reads quantity and card into the job. False, with the words for the buyer and the focus in the field, when one of them
- * cannot be right; the job's card is wiped then. */
+/* Reads quantity and card into the job. False, with the words for the buyer and the focus in the field, when one of
+ * them cannot be right; the job's card is wiped then. */
 BOOL ReadForm(HWND dialog, const Settings* settings, Job* job, Words* words);
 
 /* Overwrites the card's fields before they are emptied: the controls would leave what they held in memory. */

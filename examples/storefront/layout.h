@@ -1,6 +1,6 @@
 /*
- * How the window's parts move and grow with it. Made once, when all parts stand where the template put them; used by the
- * window's thread.
+ * How the window's parts move and grow with it. Made once, when all parts stand where the template put them; used by
+ * the window's thread.
  */
 #ifndef STOREFRONT_LAYOUT_H
 #define STOREFRONT_LAYOUT_H

@@ -52,7 +52,7 @@ int WINAPI wWinMain(HINSTANCE instance, HINSTANCE previous, wchar_t* commandLine
   if (!IsFirst()) return 0;
   if (!ReadSettings(commandLine, &shop.settings, fault, sizeof fault / sizeof fault[0])) return Fail(fault);
   if (!LoadCommerceLibrary(&shop.library)) {
-    return Fail(L"KESTAPI.DLL is missing beside this program, or is none that it can use. Please install the program again.");
+    return Fail(L"KESTAPI.DLL is missing beside this program, or cannot be used. Please install the program again.");
   }
   if (!OpenShop(&shop)) return Fail(L"The key of the shop's server is none. Please install the program again.");
   return Run(instance, show);

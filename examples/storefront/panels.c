@@ -31,6 +31,7 @@ static HFONT MakeFont(HWND dialog, int weight, int hundredths) {
 void MakePanels(Panels* panels, HWND dialog) {
   panels->boldFont = MakeFont(dialog, FW_BOLD, 100);
   panels->titleFont = MakeFont(dialog, FW_BOLD, 160);
+  SendDlgItemMessageW(dialog, IDC_CHOICE, WM_SETFONT, (WPARAM)panels->boldFont, TRUE);
 }
 
 void ShowWords(Panels* panels, HWND dialog, const Words* words) {

@@ -16,7 +16,7 @@ typedef struct Panels {
   Words words; /* what the message panel shows */
 } Panels;
 
-/* Makes the fonts from the dialog's. The system frees them with the process. */
+/* Makes the fonts from the dialog's, and gives the chosen product the bold one. The system frees them at the end. */
 void MakePanels(Panels* panels, HWND dialog);
 
 void ShowWords(Panels* panels, HWND dialog, const Words* words);

@@ -100,7 +100,8 @@ static BOOL AppendText(const PastSales* list, const char* text) {
   const HANDLE file = CreateFileW(list->path, FILE_APPEND_DATA, FILE_SHARE_READ, NULL, OPEN_ALWAYS, 0, NULL);
   if (file == INVALID_HANDLE_VALUE) return FALSE;
   /* A sale that was written down must be there after a power failure, so the system's own time is not waited for. */
-  done = WriteFile(file, text, (DWORD)strlen(text), &written, NULL) && written == strlen(text) && FlushFileBuffers(file);
+  done = WriteFile(file, text, (DWORD)strlen(text), &written, NULL) && written == strlen(text) &&
+         FlushFileBuffers(file);
   CloseHandle(file);
   return done;
 }

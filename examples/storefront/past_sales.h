@@ -1,8 +1,8 @@
 /*
  * The buyer's past sales: this program's own list, because the library finds only one receipt for an application. It
  * stands in a file under %APPDATA%, one line for every step of a sale, and is only ever appended to: a sale is written
- * down before the server is asked, so that one whose end nobody saw is found at the next start as one of unknown outcome.
- * No line has a card's number or code. Used by the window's thread alone.
+ * down before the server is asked, so that one whose end nobody saw is found at the next start as one of unknown
+ * outcome. No line has a card's number or code. Used by the window's thread alone.
  */
 #ifndef STOREFRONT_PAST_SALES_H
 #define STOREFRONT_PAST_SALES_H

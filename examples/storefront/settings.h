@@ -1,7 +1,7 @@
 /*
  * What the vendor decides: the shop's name, server and key, and the application that is sold. It comes from
- * storefront.ini beside the program, or from the file that the command line names. Read once at the start; any thread may
- * read it.
+ * storefront.ini beside the program, or from the file that the command line names. Read once at the start; any thread
+ * may read it.
  */
 #ifndef STOREFRONT_SETTINGS_H
 #define STOREFRONT_SETTINGS_H

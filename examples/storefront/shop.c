@@ -95,8 +95,8 @@ static void FillCheckout(const Shop* shop, KestCheckout* checkout, Job* job) {
 }
 
 /* A text of the reply that is kept: never one with the card's number, whatever the server sends. */
-static void KeepField(const Library* library, KestPurchase* purchase, const char* name, const Card* card, wchar_t* target,
-                      size_t size) {
+static void KeepField(const Library* library, KestPurchase* purchase, const char* name, const Card* card,
+                      wchar_t* target, size_t size) {
   FromServer(target, size, library->getField(KEST_FIELDS(purchase), name));
   HideCard(card, target);
 }
@@ -118,8 +118,8 @@ static Outcome BillJob(const Shop* shop, KestCheckout* checkout, Job* job) {
 }
 
 /*
- * The library reports every lost exchange of a sale alike, and whether the card was charged is unknown then. The product
- * list is therefore asked for first: when nothing answers that, the sale is not sent, and the buyer can be told for
+ * The library reports every lost exchange of a sale alike, and whether the card was charged is unknown then. So the
+ * product list is asked for first: when nothing answers that, the sale is not sent, and the buyer can be told for
  * certain. It also shows whether the price is still the one on the screen.
  */
 static Outcome Sell(const Shop* shop, Job* job) {

@@ -59,8 +59,8 @@ typedef struct Shop {
 /* Tells the library the server and the application. False when the server's key is none. Call before any job. */
 BOOL OpenShop(Shop* shop);
 
-/* Starts a job, of which there must be no other; it comes back as WM_JOB_DONE. False when no thread can be made: the job
- * is still the caller's then. `shop` must stay where it is. */
+/* Starts a job, of which there must be no other; it comes back as WM_JOB_DONE. False when no thread can be made: the
+ * job is still the caller's then. `shop` must stay where it is. */
 BOOL StartJob(Shop* shop, Job* job);
 
 void FreeProducts(Products* products);

@@ -1,6 +1,6 @@
 /*
- * Texts and amounts. The window speaks UTF-16, the protocol carries bytes; the shops that this program is sold with send
- * UTF-8. Sizes are in characters and count the ending NUL; what does not fit is cut. Any thread may call.
+ * Texts and amounts. The window speaks UTF-16, the protocol carries bytes; the shops that this program is sold with
+ * send UTF-8. Sizes are in characters and count the ending NUL; what does not fit is cut. Any thread may call.
  */
 #ifndef STOREFRONT_TEXT_H
 #define STOREFRONT_TEXT_H

@@ -8,6 +8,9 @@
 #include "text.h"
 #include "words.h"
 
+#define ROW_UNITS 11   /* height of a row in horizontal dialog units */
+#define RECEIPT_TAB 56 /* where the amounts begin, in dialog units */
+
 typedef struct Column {
   int list;
   const wchar_t* title;
@@ -18,8 +21,8 @@ typedef struct Column {
 /* The first column of a list is always left-aligned. */
 static const Column columns[] = {
     {IDC_PRODUCTS, L"Product", 0, LVCFMT_LEFT},   {IDC_PRODUCTS, L"Price", 56, LVCFMT_RIGHT},
-    {IDC_PAST, L"Date", 70, LVCFMT_LEFT},         {IDC_PAST, L"Product", 0, LVCFMT_LEFT},
-    {IDC_PAST, L"Qty", 22, LVCFMT_RIGHT},         {IDC_PAST, L"Total", 40, LVCFMT_RIGHT},
+    {IDC_PAST, L"Date", 72, LVCFMT_LEFT},         {IDC_PAST, L"Product", 0, LVCFMT_LEFT},
+    {IDC_PAST, L"Qty", 22, LVCFMT_RIGHT},         {IDC_PAST, L"Total", 42, LVCFMT_RIGHT},
     {IDC_PAST, L"Payment", 48, LVCFMT_LEFT},
 };
 
@@ -48,11 +51,15 @@ static void AddColumns(HWND dialog, int list) {
     SendMessageW(view, LVM_INSERTCOLUMNW, (WPARAM)position++, (LPARAM)&column);
   }
   ListView_SetExtendedListViewStyle(view, LVS_EX_FULLROWSELECT | LVS_EX_LABELTIP | LVS_EX_DOUBLEBUFFER);
+  /* Rows are as high as their pictures: empty ones give them air. The list frees them. */
+  ListView_SetImageList(view, ImageList_Create(1, WidthOf(dialog, ROW_UNITS), ILC_COLOR, 1, 0), LVSIL_SMALL);
 }
 
 void PrepareViews(HWND dialog) {
+  const DWORD tab = RECEIPT_TAB;
   AddColumns(dialog, IDC_PRODUCTS);
   AddColumns(dialog, IDC_PAST);
+  SendDlgItemMessageW(dialog, IDC_RECEIPT, EM_SETTABSTOPS, 1, (LPARAM)&tab);
 }
 
 static void FitList(HWND dialog, int list) {
@@ -181,7 +188,8 @@ static void FormatPaid(wchar_t* text, size_t size, const PastSale* sale, const S
   _snwprintf(text, size,
              L"%ls\r\n%ls\r\n\r\n%u x %ls\r\n\r\nPrice:\t%ls\r\nTax:\t%ls\r\nTotal:\t%ls\r\n\r\nPaid with:\t%ls\r\n"
              L"Transaction:\t%ls",
-             sale->merchant, sale->date, sale->quantity, sale->product, price, tax, total, sale->card, sale->transaction);
+             sale->merchant, sale->date, sale->quantity, sale->product, price, tax, total, sale->card,
+             sale->transaction);
   text[size - 1] = L'\0';
 }
 
@@ -190,7 +198,7 @@ static void FormatUnknown(wchar_t* text, size_t size, const PastSale* sale) {
              sale->product, sale->card,
              sale->state == SaleStarted
                  ? L"The shop is being asked; its answer is not here yet."
-                 : L"The shop's answer to this sale never arrived. Whether it was paid shows in the account of your card.");
+                 : L"The shop's answer never arrived. Whether this was paid shows in the account of your card.");
   text[size - 1] = L'\0';
 }
 
@@ -198,7 +206,7 @@ void ShowReceipt(HWND dialog, const PastSales* sales, const Settings* settings) 
   const LPARAM data = ChosenData(GetDlgItem(dialog, IDC_PAST));
   wchar_t text[800];
   if (data < 0 || (unsigned)data >= sales->count) {
-    CopyText(text, 800, sales->count == 0 ? L"The receipt of your first purchase will stand here." : L"Choose a past purchase to see its receipt.");
+    CopyText(text, 800, L"Choose a past purchase to see its receipt.");
   } else if (sales->sales[data].state == SalePaid) {
     FormatPaid(text, 800, &sales->sales[data], settings);
   } else {

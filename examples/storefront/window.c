@@ -8,6 +8,7 @@
 #include "layout.h"
 #include "panels.h"
 #include "past_sales.h"
+#include "questions.h"
 #include "resource.h"
 #include "text.h"
 #include "views.h"
@@ -47,8 +48,8 @@ static void ShowWaiting(void) {
   const unsigned seconds = (GetTickCount() - window.begin) / 1000;
   wchar_t text[200];
   _snwprintf(text, 200, L"%ls (%u s)",
-             seconds >= LONG_WAIT ? L"This takes unusually long. Please leave the program open until the answer is here."
-             : IsSelling()        ? L"Please leave the program open until the answer is here."
+             seconds >= LONG_WAIT ? L"This takes unusually long. Please leave the program open until it is done."
+             : IsSelling()        ? L"Please leave the program open until it is done."
                                   : L"The list of products is on its way.",
              seconds);
   text[199] = L'\0';
@@ -109,19 +110,11 @@ static void Refresh(void) {
   FreeJob(job);
 }
 
-/* Whether the buyer really wants another sale while one may have been paid already. */
+/* Whether no sale may have been paid already, or the buyer has looked what became of it. */
 static BOOL MayBuyAgain(void) {
   const PastSale* unknown = FindUnknownSale(&window.pastSales);
-  wchar_t text[600];
   if (unknown == NULL) return TRUE;
-  _snwprintf(text, 600,
-             L"It is not known whether your purchase of %ls (%u x %ls) was paid.\n\nHave you looked at your card's account or "
-             L"asked %ls, so that you do not pay twice?",
-             unknown->date, unknown->quantity, unknown->product, window.shop->settings.title);
-  text[599] = L'\0';
-  if (MessageBoxW(window.dialog, text, window.shop->settings.title, MB_YESNO | MB_ICONWARNING | MB_DEFBUTTON2) != IDYES) {
-    return FALSE;
-  }
+  if (!AskToBuyAgain(window.dialog, &window.shop->settings, unknown)) return FALSE;
   CheckUnknownSales(&window.pastSales);
   return TRUE;
 }
@@ -198,16 +191,6 @@ static void FinishJob(Job* job) {
 
 /* ---- Messages ------------------------------------------------------------------------------------------------- */
 
-static void ReportUnknownSale(void) {
-  const PastSale* unknown = FindUnknownSale(&window.pastSales);
-  wchar_t text[400];
-  if (unknown == NULL) return;
-  _snwprintf(text, 400, L"The answer to your purchase of %ls never arrived. Do not press Buy before you have looked at your "
-             L"card's account or asked %ls.", unknown->date, window.shop->settings.title);
-  text[399] = L'\0';
-  MessageBoxW(window.dialog, text, window.shop->settings.title, MB_OK | MB_ICONWARNING);
-}
-
 static void Prepare(HWND dialog) {
   const Settings* settings = &window.shop->settings;
   window.dialog = dialog;
@@ -224,16 +207,11 @@ static void Prepare(HWND dialog) {
 }
 
 /*
- * A call of the library cannot be cut short. While a sale runs, closing would leave the buyer without its outcome, so that
- * is asked first; the sale stands in the file already and is shown as unknown at the next start.
+ * A call of the library cannot be cut short. While a sale runs, closing would leave the buyer without its outcome, so
+ * that is asked first; the sale stands in the file already and is shown as unknown at the next start.
  */
 static void Close(void) {
-  if (IsSelling()) {
-    const int answer = MessageBoxW(
-        window.dialog, L"Your payment is under way, and closing does not stop it: you may be charged without seeing the "
-        L"receipt.\n\nClose all the same?", window.shop->settings.title, MB_YESNO | MB_ICONWARNING | MB_DEFBUTTON2);
-    if (answer != IDYES) return;
-  }
+  if (IsSelling() && !AskToClose(window.dialog, &window.shop->settings)) return;
   if (!window.isBusy) {
     DestroyWindow(window.dialog);
     return;
@@ -300,7 +278,9 @@ HWND OpenShopWindow(HINSTANCE instance, Shop* shop, int show) {
   if (!RegisterShopClass(instance)) return NULL;
   if (CreateDialogParamW(instance, MAKEINTRESOURCEW(IDD_SHOP), NULL, TakeMessage, 0) == NULL) return NULL;
   ShowWindow(window.dialog, show);
-  ReportUnknownSale();
+  if (FindUnknownSale(&window.pastSales) != NULL) {
+    WarnOfUnknownSale(window.dialog, &shop->settings, FindUnknownSale(&window.pastSales));
+  }
   Refresh();
   return window.dialog;
 }

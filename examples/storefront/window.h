@@ -1,6 +1,6 @@
 /*
- * The shop's window: it joins the form, the lists and the panels with the thread that speaks to the server. Everything in
- * it happens on the thread that made it.
+ * The shop's window: it joins the form, the lists and the panels with the thread that speaks to the server. Everything
+ * in it happens on the thread that made it.
  */
 #ifndef STOREFRONT_WINDOW_H
 #define STOREFRONT_WINDOW_H

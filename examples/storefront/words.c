@@ -26,7 +26,7 @@ static const Refusal refusals[] = {
     {1501, L"The shop cannot sell at the moment", L"Please try again later."},
 };
 
-static const Refusal otherRefusal = {0, L"The shop refused the sale", L"Please ask the shop, and tell the number below."};
+static const Refusal otherRefusal = {0, L"The shop refused this", L"Please ask the shop, and tell it this number."};
 
 static void FormatText(Words* words, const wchar_t* format, ...) {
   const size_t size = sizeof words->text / sizeof words->text[0];
@@ -64,15 +64,16 @@ static void DescribeSale(const Job* job, const Settings* settings, BOOL isKept, 
 
 static void DescribeDone(const Job* job, const Settings* settings, BOOL isKept, Words* words) {
   if (job->kind == JobSale) DescribeSale(job, settings, isKept, words);
-  else if (job->products.count == 0) SetWords(words, MoodPlain, L"There is nothing to buy at the moment", L"Please look in again later.");
-  else SetWords(words, MoodPlain, L"Welcome", L"Choose a product, say how many you want, and type the number of your card.");
+  else if (job->products.count == 0) SetWords(words, MoodPlain, L"There is nothing to buy today", L"Please look in again later.");
+  else SetWords(words, MoodPlain, L"Welcome", L"Choose a product, say how many you want, and type your card's number.");
 }
 
 void DescribeOutcome(const Job* job, const Settings* settings, BOOL isKept, Words* words) {
   switch (job->outcome) {
     case OutcomeDone: DescribeDone(job, settings, isKept, words); break;
     case OutcomeNoMemory:
-      SetWords(words, MoodBad, L"This computer is out of memory", L"Nothing was charged. Please close other programs and try again.");
+      SetWords(words, MoodBad, L"This computer is out of memory",
+               L"Nothing was charged. Please close other programs and try again.");
       break;
     case OutcomeUnreachable:
       SetWords(words, MoodBad, L"The shop cannot be reached", job->kind == JobSale
@@ -80,13 +81,16 @@ void DescribeOutcome(const Job* job, const Settings* settings, BOOL isKept, Word
           : L"Please check your connection to the internet, and press Refresh.");
       break;
     case OutcomeChanged:
-      SetWords(words, MoodWarning, L"The price has changed", L"Nothing was charged. The list shows what is sold now; please choose again.");
+      SetWords(words, MoodWarning, L"The price has changed",
+               L"Nothing was charged. The list shows what is sold now; please choose again.");
       break;
     case OutcomeRefused: DescribeRefusal(job, words); break;
     case OutcomeUnknown:
       SetWords(words, MoodWarning, L"It is not known whether you have paid", L"");
-      FormatText(words, L"The connection was lost during the sale, and your card may have been charged. Do not press Buy "
-                 L"again before you have looked at your card's account or asked %ls.", settings->title);
+      FormatText(words,
+                 L"The connection was lost during the sale, and your card may have been charged. Do not press Buy again "
+                 L"before you have looked at your card's account or asked %ls.",
+                 settings->title);
       break;
   }
 }

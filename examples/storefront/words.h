@@ -1,5 +1,5 @@
 /*
- * What the buyer is told. One place for every sentence about the outcome of a job, so that they can be read side by side.
+ * What the buyer is told. One place for every sentence about the outcome of a job: they can be read side by side.
  */
 #ifndef STOREFRONT_WORDS_H
 #define STOREFRONT_WORDS_H

@@ -23,7 +23,8 @@ BOOL CALLBACK LookAt(HWND window, LPARAM parameter) {
   wchar_t name[64] = L"";
   GetWindowThreadProcessId(window, &processId);
   GetClassNameW(window, name, 64);
-  if (processId != search->processId || !IsWindowVisible(window) || std::wstring(name) != search->className) return TRUE;
+  if (processId != search->processId || !IsWindowVisible(window)) return TRUE;
+  if (std::wstring(name) != search->className) return TRUE;
   search->found = window;
   return FALSE;
 }
@@ -49,7 +50,8 @@ App::App(const std::wstring& settings) {
   STARTUPINFOW startup{};
   startup.cb = sizeof startup;
   PROCESS_INFORMATION started{};
-  if (!CreateProcessW(program.c_str(), command.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &startup, &started)) {
+  if (!CreateProcessW(program.c_str(), command.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &startup,
+                      &started)) {
     throw std::runtime_error("the storefront cannot be started; build the preset win32 first");
   }
   process = started.hProcess;
@@ -90,7 +92,8 @@ std::wstring App::TextOf(HWND part) {
   wchar_t text[1024] = L"";
   DWORD_PTR length = 0;
   if (part == nullptr) return {};
-  if (!SendMessageTimeoutW(part, WM_GETTEXT, 1024, reinterpret_cast<LPARAM>(text), SMTO_NORMAL, frozenMilliseconds, &length)) {
+  if (!SendMessageTimeoutW(part, WM_GETTEXT, 1024, reinterpret_cast<LPARAM>(text), SMTO_NORMAL, frozenMilliseconds,
+                           &length)) {
     throw std::runtime_error("the window is frozen");
   }
   return text;
@@ -119,7 +122,8 @@ void App::Fill(int field, const std::string& text) const {
   PressKey(VK_HOME);
   PressKey(VK_END, VK_SHIFT);
   Type(text);
-  if (!WaitFor([this, field, &wanted] { return Text(field) == wanted; })) throw std::runtime_error("the field got no text");
+  const auto hasText = [this, field, &wanted] { return Text(field) == wanted; };
+  if (!WaitFor(hasText)) throw std::runtime_error("the field got no text");
 }
 
 HWND App::Box() const { return FindVisible(processId, L"#32770"); }

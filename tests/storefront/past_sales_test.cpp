@@ -80,7 +80,8 @@ TEST_F(PastSales, NoCardNumberAndNoCodeAreInFilesAndRegistry) {
 
 TEST_F(PastSales, CardNumberThatTheServerSendsBackIsNotKept) {
   Open();
-  admin.AskFor({{{"kind", "field"}, {"name", "KEST-Merchant"}, {"value", "Shop 4111-1111-1111-1111"}, {"service", "BillCustomer"}}});
+  admin.AskFor({{{"kind", "field"}, {"name", "KEST-Merchant"}, {"value", "Shop 4111-1111-1111-1111"},
+                 {"service", "BillCustomer"}}});
   Order(1, "1");
   ASSERT_TRUE(WaitForMessage(L"Thank you"));
   EXPECT_FALSE(app->Shows(IDC_RECEIPT, L"4111-"));

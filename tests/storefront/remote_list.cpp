@@ -29,11 +29,12 @@ class RemoteExchange {
   RemoteExchange& operator=(const RemoteExchange&) = delete;
 
   void Write(const Exchange& exchange) {
-    if (!WriteProcessMemory(process, address, &exchange, sizeof exchange, nullptr)) throw std::runtime_error("not written");
+    const BOOL isWritten = WriteProcessMemory(process, address, &exchange, sizeof exchange, nullptr);
+    if (!isWritten) throw std::runtime_error("the storefront's memory cannot be written");
   }
   Exchange Read() const {
     Exchange exchange{};
-    if (!ReadProcessMemory(process, address, &exchange, sizeof exchange, nullptr)) throw std::runtime_error("not read");
+    if (!ReadProcessMemory(process, address, &exchange, sizeof exchange, nullptr)) throw std::runtime_error("it cannot be read");
     return exchange;
   }
   // Where the other process sees the exchange.

@@ -54,8 +54,9 @@ TEST_F(Start, TabKeyGoesThroughTheWindowInReadingOrder) {
 
 TEST_F(Start, UnderlinedLettersLeadToTheFields) {
   Open();
-  const std::pair<WORD, int> letters[] = {{'N', IDC_NUMBER}, {'Q', IDC_QUANTITY}, {'C', IDC_HOLDER}, {'E', IDC_EXPIRY},
-                                          {'O', IDC_CODE},   {'P', IDC_PRODUCTS}, {'S', IDC_PAST},   {'I', IDC_RECEIPT}};
+  const std::pair<WORD, int> letters[] = {{'N', IDC_NUMBER}, {'Q', IDC_QUANTITY}, {'C', IDC_HOLDER},
+                                          {'E', IDC_EXPIRY}, {'O', IDC_CODE},     {'P', IDC_PRODUCTS},
+                                          {'S', IDC_PAST},   {'I', IDC_RECEIPT}};
   for (const auto& [letter, part] : letters) {
     PressKey(letter, VK_MENU);
     EXPECT_TRUE(app->WaitFor([&] { return app->FocusedPart() == part; }, 5)) << static_cast<char>(letter);
@@ -67,7 +68,8 @@ TEST_F(Start, LargerWindowGivesItsListsTheRoom) {
   RECT before, after, window;
   GetWindowRect(app->Part(IDC_PRODUCTS), &before);
   GetWindowRect(app->Window(), &window);
-  SetWindowPos(app->Window(), nullptr, 0, 0, window.right - window.left + 200, window.bottom - window.top + 100, SWP_NOZORDER);
+  SetWindowPos(app->Window(), nullptr, 0, 0, window.right - window.left + 200, window.bottom - window.top + 100,
+               SWP_NOZORDER);
   GetWindowRect(app->Part(IDC_PRODUCTS), &after);
   EXPECT_EQ(before.right - before.left + 200, after.right - after.left);
   EXPECT_EQ(before.bottom - before.top + 50, after.bottom - after.top);

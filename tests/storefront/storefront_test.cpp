@@ -14,9 +14,12 @@ std::string ServersPort() { return kest_road::Environment("KEST_PORT"); }
 class OwnFrames : public ::testing::Environment {
  public:
   void SetUp() override {
-    RegSetKeyValueA(HKEY_CURRENT_USER, "Software\\Wine\\AppDefaults\\storefront.exe\\X11 Driver", "Managed", REG_SZ, "N", 2);
+    RegSetKeyValueA(HKEY_CURRENT_USER, (key + "\\X11 Driver").c_str(), "Managed", REG_SZ, "N", 2);
   }
-  void TearDown() override { RegDeleteTreeA(HKEY_CURRENT_USER, "Software\\Wine\\AppDefaults\\storefront.exe"); }
+  void TearDown() override { RegDeleteTreeA(HKEY_CURRENT_USER, key.c_str()); }
+
+ private:
+  const std::string key = "Software\\Wine\\AppDefaults\\storefront.exe";
 };
 
 const auto* const ownFrames = ::testing::AddGlobalTestEnvironment(new OwnFrames);

@@ -1,5 +1,5 @@
-// The base of the storefront's tests: a folder with settings for the server beside the test, a place of its own for past
-// sales, and the server's admin port. What the environment holds is set by scripts/with-sandbox and CMake.
+// The base of the storefront's tests: a folder with settings for the server beside the test, a place of its own for
+// past sales, and the server's admin port. What the environment holds is set by scripts/with-sandbox and CMake.
 #pragma once
 
 #include <gtest/gtest.h>

@@ -113,7 +113,7 @@ TEST_F(Waiting, SaleThatWasClosedUponIsUnknownAtTheNextStart) {
   ASSERT_TRUE(app->WaitForEnd());
   ASSERT_NO_FATAL_FAILURE(OpenWindow());
   ASSERT_TRUE(app->WaitFor([this] { return app->Box() != nullptr; }));
-  EXPECT_NE(std::wstring::npos, app->BoxText().find(L"never arrived. Do not press Buy before you have looked"));
+  EXPECT_NE(std::wstring::npos, app->BoxText().find(L"never arrived"));
   app->AnswerBox(IDOK);
   EXPECT_EQ(L"Not known", app->PastSales().at(0).at(4));
 }
