@@ -64,7 +64,7 @@ static void DescribeSale(const Job* job, const Settings* settings, BOOL isKept, 
 
 static void DescribeDone(const Job* job, const Settings* settings, BOOL isKept, Words* words) {
   if (job->kind == JobSale) DescribeSale(job, settings, isKept, words);
-  else if (job->products.count == 0) SetWords(words, MoodPlain, L"There is nothing to buy today", L"Please look in again later.");
+  else if (job->products.count == 0) SetWords(words, MoodPlain, L"Nothing is sold today", L"Please look in again later.");
   else SetWords(words, MoodPlain, L"Welcome", L"Choose a product, say how many you want, and type your card's number.");
 }
 
@@ -88,8 +88,8 @@ void DescribeOutcome(const Job* job, const Settings* settings, BOOL isKept, Word
     case OutcomeUnknown:
       SetWords(words, MoodWarning, L"It is not known whether you have paid", L"");
       FormatText(words,
-                 L"The connection was lost during the sale, and your card may have been charged. Do not press Buy again "
-                 L"before you have looked at your card's account or asked %ls.",
+                 L"The connection was lost during the sale, and your card may have been charged. Do not press Buy "
+                 L"again before you have looked at your card's account or asked %ls.",
                  settings->title);
       break;
   }

@@ -34,7 +34,8 @@ class RemoteExchange {
   }
   Exchange Read() const {
     Exchange exchange{};
-    if (!ReadProcessMemory(process, address, &exchange, sizeof exchange, nullptr)) throw std::runtime_error("it cannot be read");
+    const BOOL isRead = ReadProcessMemory(process, address, &exchange, sizeof exchange, nullptr);
+    if (!isRead) throw std::runtime_error("the storefront's memory cannot be read");
     return exchange;
   }
   // Where the other process sees the exchange.
