@@ -4,8 +4,11 @@
 add_library(kest_flags INTERFACE)
 target_compile_options(kest_flags INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Werror)
 # The same bytes from every build: no path of the building machine goes into the files.
-target_compile_options(kest_flags INTERFACE
-  -ffile-prefix-map=${PROJECT_SOURCE_DIR}=. -ffile-prefix-map=${CMAKE_BINARY_DIR}=./build/kestapi)
+target_compile_options(kest_flags INTERFACE -ffile-prefix-map=${PROJECT_SOURCE_DIR}=.)
+if(KEST_SYMBOLS)
+  # Symbols also name the folder that the compiler ran in: in them all paths begin at the top of the sources.
+  target_compile_options(kest_flags INTERFACE -ffile-prefix-map=${CMAKE_BINARY_DIR}=.)
+endif()
 if(KEST_SANITIZE)
   add_compile_options(-fsanitize=${KEST_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
   add_link_options(-fsanitize=${KEST_SANITIZE})
