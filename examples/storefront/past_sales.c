@@ -5,9 +5,11 @@
 #include <string.h>
 #include <wchar.h>
 
+#include <objbase.h>
+
 #include "text.h"
 
-#define FIELD_COUNT 10
+#define FIELD_COUNT 11
 #define LINE_BYTES 2048
 
 static PastSale* FindSale(PastSales* list, unsigned id) {
@@ -57,9 +59,10 @@ static void FormatLine(const PastSale* sale, char* line) {
   CopyField(clean.merchant, 80, sale->merchant);
   CopyField(clean.card, 40, sale->card);
   CopyField(clean.transaction, 40, sale->transaction);
-  _snwprintf(text, sizeof text / sizeof text[0], L"%lc\t%u\t%ls\t%ls\t%u\t%ls\t%ls\t%ls\t%ls\t%ls\r\n", clean.state,
+  CopyField(clean.order, 24, sale->order);
+  _snwprintf(text, sizeof text / sizeof text[0], L"%lc\t%u\t%ls\t%ls\t%u\t%ls\t%ls\t%ls\t%ls\t%ls\t%ls\r\n", clean.state,
              clean.id, clean.date, clean.product, clean.quantity, clean.total, clean.tax, clean.merchant, clean.card,
-             clean.transaction);
+             clean.transaction, clean.order);
   ToServer(line, LINE_BYTES, text);
 }
 
@@ -89,6 +92,7 @@ static BOOL ParseLine(wchar_t* line, PastSale* sale) {
   CopyText(sale->merchant, 80, fields[7]);
   CopyText(sale->card, 40, fields[8]);
   CopyText(sale->transaction, 40, fields[9]);
+  CopyText(sale->order, 24, fields[10]);
   return sale->id > 0;
 }
 
@@ -177,11 +181,19 @@ BOOL OpenPastSales(PastSales* list, const char* guid) {
 
 /* ---- Sales ---------------------------------------------------------------------------------------------------- */
 
-BOOL BeginSale(PastSales* list, PastSale* sale) {
+/* The letter keeps date and number apart: what is all digits would be taken for a card's number. */
+static void SetNumbers(PastSale* sale) {
   SYSTEMTIME now;
+  GUID unique = {0};
   GetLocalTime(&now);
+  CoCreateGuid(&unique);
   _snwprintf(sale->date, 24, L"%04u-%02u-%02u %02u:%02u", now.wYear, now.wMonth, now.wDay, now.wHour, now.wMinute);
-  sale->date[23] = L'\0';
+  _snwprintf(sale->order, 24, L"%04u%02u%02u-K%08lX", now.wYear, now.wMonth, now.wDay, unique.Data1);
+  sale->date[23] = sale->order[23] = L'\0';
+}
+
+BOOL BeginSale(PastSales* list, PastSale* sale) {
+  SetNumbers(sale);
   sale->state = SaleStarted;
   sale->id = list->lastId + 1;
   if (list->path[0] == L'\0' || !Remember(list, sale)) return FALSE;

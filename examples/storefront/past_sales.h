@@ -22,6 +22,7 @@ typedef struct PastSale {
   unsigned id; /* counts from 1 */
   SaleState state;
   wchar_t date[24]; /* local time, 2026-01-31 17:05 */
+  wchar_t order[24]; /* this program's own number of the sale, by which a shop can look for it */
   wchar_t product[120];
   unsigned quantity;
   wchar_t total[24];
@@ -42,7 +43,7 @@ typedef struct PastSales {
 /* Reads the sales of an application. False when they cannot be kept: there is no folder for them. */
 BOOL OpenPastSales(PastSales* list, const char* guid);
 
-/* Gives the sale a number and the time, and writes it down as started. False when that failed: do not sell then. */
+/* Gives the sale its numbers and the time, and writes it down as started. False when that failed: do not sell then. */
 BOOL BeginSale(PastSales* list, PastSale* sale);
 
 /* Writes down what came of a sale that was begun. False when it is in this list alone and not in the file. */

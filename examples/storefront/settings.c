@@ -57,6 +57,7 @@ static void ReadTexts(const wchar_t* path, Settings* settings) {
   ReadAnsi(path, L"CardFields", L"Holder", settings->holderField, sizeof settings->holderField);
   ReadAnsi(path, L"CardFields", L"Expiry", settings->expiryField, sizeof settings->expiryField);
   ReadAnsi(path, L"CardFields", L"Code", settings->codeField, sizeof settings->codeField);
+  ReadAnsi(path, L"Application", L"OrderField", settings->orderField, sizeof settings->orderField);
 }
 
 BOOL ReadSettings(const wchar_t* commandLine, Settings* settings, wchar_t* fault, size_t size) {

@@ -17,10 +17,11 @@ typedef struct Settings {
   char key[4096]; /* the text of the server's public key */
   char guid[80];
   char version[40];
-  /* The names under which the server wants these; the form does not ask for what has no name. */
+  /* The names under which the server wants these; what has no name is neither asked for nor sent. */
   char holderField[64];
   char expiryField[64];
   char codeField[64];
+  char orderField[64]; /* for this program's own number of the sale */
 } Settings;
 
 /* False, with a sentence in `fault`, when the file is not there or lacks what a shop cannot do without. */

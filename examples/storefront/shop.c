@@ -84,6 +84,7 @@ static void SetOptionalField(const Library* library, KestCheckout* checkout, con
 static void FillCheckout(const Shop* shop, KestCheckout* checkout, Job* job) {
   const Library* library = &shop->library;
   const Settings* settings = &shop->settings;
+  char order[64];
   /* So that the server sells this application's products at this application's prices, and no other's. */
   library->setField(KEST_FIELDS(checkout), "GUID", settings->guid);
   library->setField(KEST_FIELDS(checkout), "VERSIONID", settings->version);
@@ -91,6 +92,8 @@ static void FillCheckout(const Shop* shop, KestCheckout* checkout, Job* job) {
   SetOptionalField(library, checkout, settings->holderField, job->card.holder);
   SetOptionalField(library, checkout, settings->expiryField, job->card.expiry);
   SetOptionalField(library, checkout, settings->codeField, job->card.code);
+  ToServer(order, sizeof order, job->sale.order);
+  SetOptionalField(library, checkout, settings->orderField, order);
   library->addOrderLine(checkout, job->product.sku, job->sale.quantity);
 }
 

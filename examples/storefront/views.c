@@ -194,8 +194,8 @@ static void FormatPaid(wchar_t* text, size_t size, const PastSale* sale, const S
 }
 
 static void FormatUnknown(wchar_t* text, size_t size, const PastSale* sale) {
-  _snwprintf(text, size, L"This is not a receipt.\r\n\r\n%ls\r\n%u x %ls\r\n%ls\r\n\r\n%ls", sale->date, sale->quantity,
-             sale->product, sale->card,
+  _snwprintf(text, size, L"This is not a receipt.\r\n\r\n%ls\r\n%u x %ls\r\n%ls\r\nOrder %ls\r\n\r\n%ls", sale->date,
+             sale->quantity, sale->product, sale->card, sale->order,
              sale->state == SaleStarted
                  ? L"The shop is being asked; its answer is not here yet."
                  : L"The shop's answer never arrived. Whether this was paid shows in the account of your card.");

@@ -89,8 +89,8 @@ void DescribeOutcome(const Job* job, const Settings* settings, BOOL isKept, Word
       SetWords(words, MoodWarning, L"It is not known whether you have paid", L"");
       FormatText(words,
                  L"The connection was lost during the sale, and your card may have been charged. Do not press Buy "
-                 L"again before you have looked at your card's account or asked %ls.",
-                 settings->title);
+                 L"again before you have looked at your card's account or asked %ls about order %ls.",
+                 settings->title, job->sale.order);
       break;
   }
 }

@@ -36,7 +36,7 @@ void WriteSettings(const std::string& folder, const std::string& port) {
   std::ofstream file(folder + "\\shop.ini");
   file << "[Shop]\nTitle=Lantern Workshop\nSlogan=Software for small shops\nCurrency=$\n"
        << "[Server]\nHost=" << kest_road::Environment("KEST_SERVER") << "\nPort=" << port << "\n"
-       << "[Application]\nGUID={B7C6E1D0-52F4-4D7E-9A63-0C1E5B3F7A21}\nVersion=1.0\n"
+       << "[Application]\nGUID={B7C6E1D0-52F4-4D7E-9A63-0C1E5B3F7A21}\nVersion=1.0\nOrderField=X-Order\n"
        << "[CardFields]\nHolder=KEST-CCard-Holder\nExpiry=KEST-CCard-Expiry\nCode=KEST-CCard-Code\n";
   // The key's file has its usual name and lies beside the settings.
   std::ofstream(folder + "\\public.key") << kest_road::ReadFile(kest_road::Environment("KEST_KEY_FILE"));

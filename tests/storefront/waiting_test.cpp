@@ -60,6 +60,8 @@ TEST_F(Waiting, LostAnswerIsToldAsUnknownWithWhatToDo) {
   ASSERT_EQ(1u, sales.size());
   EXPECT_EQ(Row({L"Lantern Professional", L"2", L"", L"Not known"}), Row(sales[0].begin() + 1, sales[0].end()));
   EXPECT_TRUE(app->Shows(IDC_RECEIPT, L"This is not a receipt"));
+  const std::string order = ValueOf(LastBilling().at("request"), "X-Order");
+  EXPECT_TRUE(app->Shows(IDC_MESSAGE, L"about order " + std::wstring(order.begin(), order.end()))) << order;
 }
 
 TEST_F(Waiting, AfterALostAnswerEnterDoesNotBuyAgain) {
