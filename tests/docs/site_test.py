@@ -68,6 +68,9 @@ class Reader(html.parser.HTMLParser):
         elif "href" in named or "src" in named:
             self.loads.append(named.get("href") or named.get("src"))
 
+    def handle_startendtag(self, tag, attributes):
+        self.handle_starttag(tag, attributes)
+
     def handle_endtag(self, tag):
         assert self.open and self.open[-1] == tag, f"</{tag}> closes {self.open[-3:]}"
         self.open.pop()
@@ -104,8 +107,11 @@ class Site(unittest.TestCase):
 
     def test_nothing_is_loaded_from_elsewhere(self):
         for path, page in self.read.items():
-            loads = [(path.parent / one).resolve() for one in page.loads]
-            self.assertEqual([(self.site / "style.css").resolve()], loads, path.name)
+            style, *pictures = [(path.parent / one).resolve() for one in page.loads]
+            self.assertEqual((self.site / "style.css").resolve(), style, path.name)
+            for picture in pictures:
+                self.assertEqual((self.site / "docs/images").resolve(), picture.parent, path.name)
+                self.assertTrue(picture.is_file(), f"{path.name}: {picture}")
             self.assertNotIn("<script", path.read_text())
         self.assertNotRegex((self.site / "style.css").read_text(), r"@import|url\(")
 
