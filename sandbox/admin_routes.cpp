@@ -6,7 +6,10 @@
 #include <exception>
 #include <nlohmann/json.hpp>
 
+#include "admin_sales.h"
+#include "dashboard_files.h"
 #include "fields.h"
+#include "json_text.h"
 #include "masking.h"
 
 namespace sandbox {
@@ -21,11 +24,6 @@ class AdminRefused : public std::runtime_error {
 
   const int status;
 };
-
-// Texts come from clients, and JSON must be UTF-8.
-std::string JsonText(const Json& json) {
-  return json.dump(-1, ' ', false, Json::error_handler_t::replace) + "\n";
-}
 
 bool IsPort(std::string_view digits) {
   std::uint16_t number = 0;
@@ -55,10 +53,21 @@ void CheckSite(const AdminRequest& request) {
   }
 }
 
+constexpr std::string_view filesFolder = "/dashboard/";
+
+// Finds the file of the dashboard that the path stands for; null when it stands for none.
+const DashboardFile* FileAt(std::string_view path) {
+  if (path == "/") return FindDashboardFile(dashboardPage);
+  const bool inFolder = path.substr(0, filesFolder.size()) == filesFolder;
+  return inFolder ? FindDashboardFile(path.substr(filesFolder.size())) : nullptr;
+}
+
 const AdminRouteRow& FindRoute(std::string_view path) {
+  const bool isFile = path != "/" && FileAt(path);
+  const std::string_view wanted = isFile ? filesFolder : path;
   const auto end = adminRoutes + adminRouteCount;
-  const auto found = std::find_if(adminRoutes, end, [&](const AdminRouteRow& row) { return row.path == path; });
-  if (found == end) throw AdminRefused(404, "there is no such path");
+  const auto found = std::find_if(adminRoutes, end, [&](const AdminRouteRow& row) { return row.path == wanted; });
+  if (found == end || (wanted == filesFolder && !isFile)) throw AdminRefused(404, "there is no such path");
   return *found;
 }
 
@@ -118,10 +127,14 @@ Json RequestJson(const RequestRecord& record) {
 }  // namespace
 
 const AdminRouteRow adminRoutes[] = {
+    {"GET", "/", "the dashboard, a page for a browser"},
+    {"GET", "/dashboard/", "its other files"},
     {"GET", "/health", "`{\"status\": \"ok\"}`"},
     {"GET", "/state", "what is open and counted, and the faults that wait"},
     {"GET", "/requests", "the last 1000 requests, the oldest first; `?since=N` leaves out those up to number N"},
+    {"GET", "/sales", "the last 50 sales with their first 20 lines, and the last 50 declined cards, the newest first"},
     {"POST", "/faults", "adds the faults of its body behind those that wait"},
+    {"POST", "/faults/clear", "forgets the faults of one kind, such as `{\"kind\": \"delay\"}`"},
     {"POST", "/reset", "forgets faults, requests and sales; sessions stay open"},
 };
 
@@ -145,6 +158,7 @@ AdminReply AdminRoutes::Answer(const AdminRequest& request) {
       return reply;
     }
     if (request.method == "POST") CheckContentType(request.contentType);
+    if (const DashboardFile* file = FileAt(path)) return {200, "", std::string(file->text), MediaType(*file)};
     return {200, "", Serve(request, path, query)};
   } catch (const AdminRefused& refused) {
     return AdminError(refused.status, refused.what());
@@ -159,7 +173,9 @@ std::string AdminRoutes::Serve(const AdminRequest& request, std::string_view pat
   if (path == "/requests") return Requests(query);
   if (!query.empty()) throw AdminRefused(400, "this path takes no query");
   if (path == "/state") return State();
+  if (path == "/sales") return SalesJson(sources.ledger);
   if (path == "/faults") return AddFaults(request.body);
+  if (path == "/faults/clear") return ClearFaults(request.body);
   if (path == "/reset") return Reset();
   return JsonText({{"status", "ok"}});
 }
@@ -189,6 +205,11 @@ std::string AdminRoutes::Requests(std::string_view query) {
 
 std::string AdminRoutes::AddFaults(const std::string& body) {
   sources.faults.Append(ReadFaults(body));
+  return JsonText({{"faults", sources.faults.Waiting().size()}});
+}
+
+std::string AdminRoutes::ClearFaults(const std::string& body) {
+  sources.faults.Clear(ReadFaultKind(body));
   return JsonText({{"faults", sources.faults.Waiting().size()}});
 }
 

@@ -1,5 +1,5 @@
-// What the admin port offers: a request of its kind goes in, JSON comes out. It owns nothing: faults, requests, server
-// and ledger are lent to it and must outlive it. One thread at a time may use it.
+// What the admin port offers: a request of its kind goes in, JSON or a file of the dashboard comes out. What it looks at
+// is lent to it and must outlive it. One thread at a time may use it.
 #pragma once
 
 #include <cstdint>
@@ -34,7 +34,8 @@ struct AdminRequest {
 struct AdminReply {
   int status = 200;
   std::string allow;  // the method that the path takes, when another one was used; else empty
-  std::string json;   // with a line end
+  std::string body;   // JSON ends with a line end
+  const char* contentType = "application/json";
 };
 
 struct AdminRouteRow {
@@ -61,6 +62,7 @@ class AdminRoutes {
   std::string State();
   std::string Requests(std::string_view query);
   std::string AddFaults(const std::string& body);
+  std::string ClearFaults(const std::string& body);
   std::string Reset();
 
   const AdminSources sources;

@@ -12,6 +12,7 @@
 #include <optional>
 #include <new>
 #include <stdexcept>
+#include <utility>
 
 #include "listening.h"
 #include "server_limits.h"
@@ -23,6 +24,23 @@ namespace beast = boost::beast;
 namespace http = boost::beast::http;
 using Tcp = asio::ip::tcp;
 using Error = boost::system::error_code;
+
+namespace {
+
+// What a browser is told with every reply: nothing of a page but the port's own files runs, no other site may embed or
+// read what is here, and nothing is kept.
+constexpr std::pair<const char*, const char*> protection[] = {
+    {"Content-Security-Policy",
+     "default-src 'none'; script-src 'self'; style-src 'self'; img-src 'self'; connect-src 'self'; "
+     "base-uri 'none'; form-action 'none'; frame-ancestors 'none'; require-trusted-types-for 'script'"},
+    {"Cross-Origin-Resource-Policy", "same-origin"},
+    {"Cross-Origin-Opener-Policy", "same-origin"},
+    {"X-Content-Type-Options", "nosniff"},
+    {"Referrer-Policy", "no-referrer"},
+    {"Cache-Control", "no-store"},
+};
+
+}  // namespace
 
 /// Reads a request, has it answered, writes the reply, closes. Keeps itself alive while an operation is under way.
 class AdminConnection : public std::enable_shared_from_this<AdminConnection> {
@@ -72,10 +90,11 @@ class AdminConnection : public std::enable_shared_from_this<AdminConnection> {
 
   void Send(AdminReply answer) {
     reply.result(static_cast<unsigned>(answer.status));
-    reply.set(http::field::content_type, "application/json");
+    reply.set(http::field::content_type, answer.contentType);
+    for (const auto& [name, value] : protection) reply.set(name, value);
     if (!answer.allow.empty()) reply.set(http::field::allow, answer.allow);
     reply.keep_alive(false);
-    reply.body() = std::move(answer.json);
+    reply.body() = std::move(answer.body);
     reply.prepare_payload();
     stream.expires_after(adminTime);
     http::async_write(stream, reply, [self = shared_from_this()](Error error, std::size_t) {

@@ -74,6 +74,9 @@ class FaultError : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
+/// Reads {"kind": "..."}. Throws FaultError with the first thing that is wrong.
+FaultKind ReadFaultKind(const std::string& text);
+
 /// Reads {"faults": [...]}. Throws FaultError with the first thing that is wrong.
 std::vector<Fault> ReadFaults(const std::string& text);
 

@@ -192,6 +192,15 @@ Json Parse(const std::string& text) {
 
 }  // namespace
 
+FaultKind ReadFaultKind(const std::string& text) {
+  CheckKeys(text);
+  const Json json = Parse(text);
+  ObjectReader object(json, "the whole");
+  const FaultKind kind = ReadKind(object);
+  object.RefuseOthers();
+  return kind;
+}
+
 std::vector<Fault> ReadFaults(const std::string& text) {
   CheckKeys(text);
   const Json json = Parse(text);

@@ -36,6 +36,11 @@ void FaultTable::Append(std::vector<Fault> further) {
   }
 }
 
+void FaultTable::Clear(FaultKind kind) {
+  const auto same = [&](const Fault& fault) { return fault.kind == kind; };
+  waiting.erase(std::remove_if(waiting.begin(), waiting.end(), same), waiting.end());
+}
+
 FaultPlan FaultTable::Find(FaultPlace at, std::string_view service) const {
   FaultPlan plan;
   for (const Fault& fault : waiting) {

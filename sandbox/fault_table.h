@@ -32,6 +32,9 @@ class FaultTable {
   /// Forgets all faults.
   void Clear() { waiting.clear(); }
 
+  /// Forgets the faults of one kind.
+  void Clear(FaultKind kind);
+
   /// Finds what applies to a message of that place and service: the delays up to the first other fault, and that one.
   FaultPlan Find(FaultPlace at, std::string_view service) const;
 

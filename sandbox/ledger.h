@@ -9,6 +9,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "database.h"
 #include "sale.h"
@@ -19,6 +20,19 @@ struct LedgerCounts {
   std::uint64_t sales;     // made and not deleted
   std::uint64_t refusals;  // billings that their card refused
   std::uint64_t bills;     // read since start
+};
+
+struct RecordedSale {
+  Sale sale;  // with its first lines
+  std::string time;
+  std::int64_t lines = 0;  // how many it has
+};
+
+struct RecordedRefusal {
+  std::string time;
+  std::int64_t code = 0;
+  std::string card;  // masked; empty when it was none
+  Cents amount = 0;
 };
 
 class Ledger {
@@ -44,6 +58,12 @@ class Ledger {
   std::optional<Sale> ReadBill(std::int64_t number);
 
   LedgerCounts Counts();
+
+  /// Returns that many sales at most, the newest first, and of each that many lines at most.
+  std::vector<RecordedSale> LastSales(std::size_t most, std::size_t mostLines);
+
+  /// Returns that many refusals at most, the newest first.
+  std::vector<RecordedRefusal> LastRefusals(std::size_t most);
 
   /// Deletes all sales and refusals and counts bills from 0. Numbers go on from where they were.
   void Reset();

@@ -1,5 +1,6 @@
 #include "server_limits.h"
 
+#include "admin_sales.h"
 #include "commerce_server.h"
 #include "fault.h"
 #include "http_server.h"
@@ -47,6 +48,9 @@ std::vector<LimitRow> Limits() {
        "400 of the admin port"},
       {"requests that are remembered", std::to_string(RequestLog::most) + ", of " + Bytes(RequestLog::mostBytes),
        "the oldest are forgotten"},
+      {"sales that the admin port tells, and declined cards", std::to_string(mostSalesTold) + " of each",
+       "the newest are told"},
+      {"lines that it tells of a sale", std::to_string(mostSaleLinesTold), "the first are told, and their number"},
       {"connections to the admin port", std::to_string(mostAdminConnections),
        "they wait to be accepted until one ends"},
       {"head of an admin request", Bytes(longestAdminHead), "431"},

@@ -19,6 +19,7 @@ AdminAnswer AdminClient::Send(const std::string& bytes) const {
   if (Value(answer.headers, "Content-Length") != std::to_string(body.size())) return {};
   answer.status = std::stoi(reply.substr(9));
   answer.json = nlohmann::json::parse(body, nullptr, false);
+  answer.body = body;
   return answer;
 }
 

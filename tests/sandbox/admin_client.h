@@ -12,6 +12,7 @@ namespace sandboxtest {
 struct AdminAnswer {
   int status = -1;  // -1: no whole reply came
   Fields headers;
+  std::string body;
   nlohmann::json json;  // discarded when the body is none
 };
 

@@ -297,7 +297,8 @@ TEST_F(Admin, ResetThatFailsForgetsNothing) {
 }
 
 TEST_F(Admin, UnknownPathIs404) {
-  for (const char* path : {"/", "/healthy", "/state/", "/Health", "//health"}) {
+  for (const char* path : {"/dashboard/", "/dashboard", "/dashboard/none.js", "/index.html", "/healthy", "/state/",
+                           "/Health", "//health"}) {
     const AdminAnswer answer = admin.Get(path);
     EXPECT_EQ(answer.status, 404) << path;
     EXPECT_TRUE(answer.json.contains("error")) << path;
