@@ -3,6 +3,8 @@
 #include <sys/random.h>
 
 #include <cerrno>
+#include <memory>
+#include <random>
 #include <stdexcept>
 
 namespace sandbox {
@@ -16,6 +18,17 @@ Environment Environment::OfMachine() {
       if (count < 0 && errno != EINTR) throw std::runtime_error("the system gives no random bytes");
       if (count > 0) drawn += static_cast<std::size_t>(count);
     }
+    return bytes;
+  };
+  return {[] { return std::chrono::steady_clock::now(); }, randomBytes};
+}
+
+Environment Environment::Seeded(std::uint64_t seed) {
+  // The language lays down what this generator gives; its distributions differ from one library to another.
+  const auto generator = std::make_shared<std::mt19937_64>(seed);
+  const auto randomBytes = [generator](std::size_t length) {
+    std::string bytes(length, '\0');
+    for (char& byte : bytes) byte = static_cast<char>((*generator)() >> 56);
     return bytes;
   };
   return {[] { return std::chrono::steady_clock::now(); }, randomBytes};

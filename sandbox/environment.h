@@ -2,6 +2,7 @@
 #pragma once
 
 #include <chrono>
+#include <cstdint>
 #include <functional>
 #include <string>
 
@@ -15,6 +16,10 @@ struct Environment {
 
   /// Returns the machine's steady clock and the operating system's random generator.
   static Environment OfMachine();
+
+  /// Returns the machine's steady clock and bytes that the seed determines: the same in every run, and for everybody to
+  /// guess.
+  static Environment Seeded(std::uint64_t seed);
 };
 
 }  // namespace sandbox

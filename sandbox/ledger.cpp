@@ -1,6 +1,5 @@
 #include "ledger.h"
 
-#include <ctime>
 #include <filesystem>
 
 #include "files.h"
@@ -71,7 +70,7 @@ Database Open(const std::string& file) {
 
 }  // namespace
 
-Ledger::Ledger(const std::string& file, std::function<WallTime()> clock)
+Ledger::Ledger(const std::string& file, WallClock clock)
     : wallTime(std::move(clock)), database(Open(file)) {
   try {
     Prepare();
@@ -104,20 +103,12 @@ void Ledger::Prepare() {
   transaction.Commit();
 }
 
-std::string Ledger::Now() const {
-  const std::time_t seconds = std::chrono::system_clock::to_time_t(wallTime());
-  std::tm utc{};
-  gmtime_r(&seconds, &utc);
-  char text[40];
-  return std::string(text, std::strftime(text, sizeof text, "%Y-%m-%dT%H:%M:%SZ", &utc));
-}
-
 std::int64_t Ledger::RecordSale(const Sale& sale) {
   Transaction transaction(database);
   Statement insertSale(database,
                        "INSERT INTO sales (time, merchant, card, totalCents, taxCents) VALUES (?, ?, ?, ?, ?) "
                        "RETURNING number");
-  insertSale.Bind(Now()).Bind(sale.merchant).Bind(sale.card).Bind(sale.total).Bind(sale.tax);
+  insertSale.Bind(TimeText(wallTime())).Bind(sale.merchant).Bind(sale.card).Bind(sale.total).Bind(sale.tax);
   if (!insertSale.Step()) throw DatabaseError("it gave no number to a sale");
   const std::int64_t number = insertSale.Integer(0);
   insertSale.Run();
@@ -134,7 +125,7 @@ std::int64_t Ledger::RecordSale(const Sale& sale) {
 
 void Ledger::RecordRefusal(int code, std::string_view card, Cents amount) {
   Statement insert(database, "INSERT INTO refusals (time, code, card, cents) VALUES (?, ?, ?, ?)");
-  insert.Bind(Now()).Bind(std::int64_t{code}).Bind(card).Bind(amount).Run();
+  insert.Bind(TimeText(wallTime())).Bind(std::int64_t{code}).Bind(card).Bind(amount).Run();
 }
 
 std::optional<Sale> Ledger::ReadBill(std::int64_t number) {

@@ -3,9 +3,7 @@
 // use an object.
 #pragma once
 
-#include <chrono>
 #include <cstdint>
-#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -13,6 +11,7 @@
 
 #include "database.h"
 #include "sale.h"
+#include "wall_time.h"
 
 namespace sandbox {
 
@@ -37,12 +36,10 @@ struct RecordedRefusal {
 
 class Ledger {
  public:
-  using WallTime = std::chrono::system_clock::time_point;
-
   /// Opens the file, or makes it, for its owner alone. Throws std::runtime_error with the file and the reason in words
   /// when it is no ledger, one of another version, damaged, or cannot be written; such a file stays as it is. The clock
   /// dates what is recorded.
-  explicit Ledger(const std::string& file, std::function<WallTime()> clock = std::chrono::system_clock::now);
+  explicit Ledger(const std::string& file, WallClock clock = std::chrono::system_clock::now);
 
   // All that follow throw DatabaseError, and have changed nothing then. RecordSale and Reset also throw CommitError: what
   // they were to do is not seen by this object then, and may be done all the same when the file is opened again.
@@ -70,9 +67,8 @@ class Ledger {
 
  private:
   void Prepare();
-  std::string Now() const;
 
-  std::function<WallTime()> wallTime;
+  WallClock wallTime;
   Database database;
   std::uint64_t bills = 0;
 };

@@ -31,6 +31,8 @@ void DescribeServe(CLI::App& app, sandbox::ServeOptions& options, Numbers& numbe
   app.add_option("--admin", options.admin,
                  "Loopback address and port on which tests ask for faults and look at requests");
   app.add_option("--faults", options.faults, "File of faults to begin with");
+  app.add_option("--seed", options.seed, "Draw the same challenges and connection ids in every run");
+  app.add_option("--clock", options.clock, "Date sales and requests with this time, such as 2026-01-05T10:00:00Z");
   app.add_option("--session-seconds", numbers.sessionSeconds, "Seconds from a handshake until its session expires")
       ->check(count(1, 86400))
       ->capture_default_str();

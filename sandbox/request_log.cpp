@@ -1,24 +1,7 @@
 #include "request_log.h"
 
-#include <chrono>
-#include <cstdio>
-#include <ctime>
-
 namespace sandbox {
 namespace {
-
-std::string TimeText() {
-  const auto now = std::chrono::system_clock::now().time_since_epoch();
-  const auto milliseconds = std::chrono::duration_cast<std::chrono::milliseconds>(now).count();
-  const std::time_t seconds = milliseconds / 1000;
-  std::tm parts{};
-  gmtime_r(&seconds, &parts);
-  char day[32];
-  std::strftime(day, sizeof day, "%Y-%m-%dT%H:%M:%S", &parts);
-  char rest[16];
-  std::snprintf(rest, sizeof rest, ".%03dZ", static_cast<int>(milliseconds % 1000));
-  return std::string(day) + rest;
-}
 
 std::size_t BytesOf(const FieldList& fields) {
   std::size_t sum = fields.size() * sizeof(Field);
@@ -34,7 +17,7 @@ std::size_t BytesOf(const RequestRecord& record) {
 
 void RequestLog::Add(RequestRecord record) {
   record.number = ++count;
-  record.time = TimeText();
+  record.time = PreciseTimeText(wallTime());
   if (!record.refusal.empty()) refused++;
   bytes += BytesOf(record);
   records.push_back(std::move(record));

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "fields.h"
+#include "wall_time.h"
 
 namespace sandbox {
 
@@ -31,10 +32,11 @@ class RequestLog {
   static constexpr std::size_t mostBytes = 16 * 1024 * 1024;
 
   /// Makes a log that drops its oldest requests when their texts take more than `limit` bytes together; the newest
-  /// one is always kept.
-  explicit RequestLog(std::size_t limit = mostBytes) : byteLimit(limit) {}
+  /// one is always kept. The clock dates them.
+  explicit RequestLog(std::size_t limit = mostBytes, WallClock clock = std::chrono::system_clock::now)
+      : byteLimit(limit), wallTime(std::move(clock)) {}
 
-  /// Adds a request, with the next number and the time of now.
+  /// Adds a request, with the next number and the time.
   void Add(RequestRecord record);
 
   /// Forgets all requests; numbers begin with 1 again.
@@ -51,6 +53,7 @@ class RequestLog {
 
  private:
   const std::size_t byteLimit;
+  const WallClock wallTime;
   std::deque<RequestRecord> records;
   std::size_t bytes = 0;
   std::uint64_t count = 0;

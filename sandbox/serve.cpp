@@ -79,6 +79,19 @@ ListenAddress ParseAddress(const char* option, const std::string& text) {
   return {host, static_cast<std::uint16_t>(std::stoul(port))};
 }
 
+WallClock ReadClock(const std::string& text) {
+  if (text.empty()) return std::chrono::system_clock::now;
+  const std::optional<WallTime> time = ReadTime(text);
+  if (!time) throw UsageError("--clock needs a time in UTC, such as 2026-01-05T10:00:00Z");
+  return [time = *time] { return time; };
+}
+
+Environment MakeEnvironment(const std::optional<std::uint64_t>& seed, spdlog::logger& log) {
+  if (!seed) return Environment::OfMachine();
+  log.warn("challenges and connection ids come from the seed {}: whoever knows it can guess them", *seed);
+  return Environment::Seeded(*seed);
+}
+
 void LoadFaults(const std::string& file, FaultTable& faults) {
   if (file.empty()) return;
   const std::string text = ReadFile(file);
@@ -132,19 +145,20 @@ void Serve(const ServeOptions& options) {
   const bool hasAdmin = !options.admin.empty();
   const ListenAddress listen = ParseAddress("--listen", options.listen);
   const ListenAddress admin = hasAdmin ? ParseAddress("--admin", options.admin) : ListenAddress();
+  const WallClock clock = ReadClock(options.clock);
   FaultTable faults;
   LoadFaults(options.faults, faults);
   const KeyPair keyPair = LoadKeyPair(folder);
   const std::string publicText = keyPair.PublicText();
   CheckPublicKey(folder, publicText);
   const Catalogue catalogue = LoadCatalogue(folder);
-  Ledger ledger(folder / salesFile);
+  Ledger ledger(folder / salesFile, clock);
   const Operations operations(catalogue, ledger);
-  CommerceServer commerceServer(keyPair, operations, options.sessions, Environment::OfMachine());
-
-  RequestLog requests;
-  AdminRoutes routes({faults, requests, commerceServer, ledger});
   const std::shared_ptr<spdlog::logger> log = MakeLog(options.verbose);
+  CommerceServer commerceServer(keyPair, operations, options.sessions, MakeEnvironment(options.seed, *log));
+
+  RequestLog requests(RequestLog::mostBytes, clock);
+  AdminRoutes routes({faults, requests, commerceServer, ledger});
   HttpLimits limits = options.http;
   FitDescriptors(limits, *log);
   HttpServer server(commerceServer, limits, log, &faults, hasAdmin ? &requests : nullptr);

@@ -110,7 +110,7 @@ TEST(SandboxPage, NamesEachOptionOfServeWithItsDefault) {
     const std::string row = "| `" + option + "` | " + value;
     EXPECT_NE(page.find(row), std::string::npos) << row;
   }
-  EXPECT_EQ(options, 10);
+  EXPECT_EQ(options, 12);
 }
 
 }  // namespace
