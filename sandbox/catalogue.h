@@ -1,4 +1,4 @@
-// The products that the server sells, read from catalogue.json once at start. Everything that could not be carried to a
+// The products that the server sells, read from the text of catalogue.json. Everything that could not be carried to a
 // client is refused there. Texts stay the UTF-8 bytes of the file. Constant once made: any thread may read it.
 #pragma once
 

@@ -30,6 +30,7 @@ struct HttpServer::Core {
   void Stop();
   void Run();
   void GoOnAfter(const char* failure);
+  void WaitForRegular();
 
   ConnectionContext context;
   std::set<HttpConnection*> connections;  // each takes itself out when it is destroyed
@@ -41,6 +42,9 @@ struct HttpServer::Core {
   Tcp::acceptor acceptor{io};
   asio::signal_set signals{io};
   asio::steady_timer pause{io};
+  asio::steady_timer regularTimer{io};
+  std::chrono::milliseconds regularInterval{0};
+  std::function<void()> regular;
   std::unique_ptr<AdminServer> admin;
 };
 
@@ -85,6 +89,7 @@ void HttpServer::Core::Stop() {
   signals.clear(ignored);
   signals.cancel(ignored);
   pause.cancel();
+  regularTimer.cancel();
   if (admin) admin->Stop();
   context.stopping = true;
   for (HttpConnection* connection : connections) {
@@ -111,6 +116,17 @@ void HttpServer::Core::GoOnAfter(const char* failure) {
   io.restart();
   Accept();
   if (admin) admin->Accept();
+  WaitForRegular();
+}
+
+void HttpServer::Core::WaitForRegular() {
+  if (!regular) return;
+  regularTimer.expires_after(regularInterval);
+  regularTimer.async_wait([this](Error error) {
+    if (error || !acceptor.is_open()) return;
+    regular();
+    WaitForRegular();
+  });
 }
 
 HttpServer::HttpServer(CommerceServer& commerceServer, HttpLimits limits, std::shared_ptr<spdlog::logger> log,
@@ -143,6 +159,12 @@ void HttpServer::StopOnSignals() {
   core->signals.async_wait([this](Error error, int) {
     if (!error) core->Stop();
   });
+}
+
+void HttpServer::Every(std::chrono::milliseconds interval, std::function<void()> regular) {
+  core->regularInterval = interval;
+  core->regular = std::move(regular);
+  core->WaitForRegular();
 }
 
 void HttpServer::Run() {

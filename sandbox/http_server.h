@@ -5,6 +5,7 @@
 
 #include <chrono>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
 
@@ -50,6 +51,9 @@ class HttpServer {
 
   /// Makes SIGTERM and SIGINT do what Stop does. A second such signal then ends the process as it would any other.
   void StopOnSignals();
+
+  /// Has the function called again and again, that long after each call, while Run serves; for one function alone.
+  void Every(std::chrono::milliseconds interval, std::function<void()> regular);
 
   /// Serves until Stop; returns when the last reply is out.
   void Run();

@@ -10,7 +10,7 @@
 #include <stdexcept>
 
 #include "admin_routes.h"
-#include "catalogue.h"
+#include "catalogue_file.h"
 #include "commands.h"
 #include "descriptors.h"
 #include "files.h"
@@ -48,16 +48,6 @@ void CheckPublicKey(const std::filesystem::path& folder, const std::string& text
   if (found == text || found == text + "\n") return;
   throw std::runtime_error(file.string() + " does not belong to " + privateKeyFile +
                            ". Remove it; the ready line of serve tells the right key.");
-}
-
-Catalogue LoadCatalogue(const std::filesystem::path& folder) {
-  const std::filesystem::path file = folder / catalogueFile;
-  const std::string text = ReadFile(file);
-  try {
-    return Catalogue::FromText(text);
-  } catch (const CatalogueError& error) {
-    throw std::runtime_error(file.string() + ": " + error.what());
-  }
 }
 
 struct ListenAddress {
@@ -151,9 +141,9 @@ void Serve(const ServeOptions& options) {
   const KeyPair keyPair = LoadKeyPair(folder);
   const std::string publicText = keyPair.PublicText();
   CheckPublicKey(folder, publicText);
-  const Catalogue catalogue = LoadCatalogue(folder);
+  CatalogueFile catalogue(folder / catalogueFile);
   Ledger ledger(folder / salesFile, clock);
-  const Operations operations(catalogue, ledger);
+  const Operations operations(catalogue.Current(), ledger);
   const std::shared_ptr<spdlog::logger> log = MakeLog(options.verbose);
   CommerceServer commerceServer(keyPair, operations, options.sessions, MakeEnvironment(options.seed, *log));
 
@@ -166,6 +156,7 @@ void Serve(const ServeOptions& options) {
   server.Listen(listen.host, listen.port);
   std::optional<std::uint16_t> adminPort;
   if (hasAdmin) adminPort = server.ListenAdmin(routes, admin.host, admin.port);
+  server.Every(catalogueInterval, [&] { catalogue.Refresh(*log); });
   PrintReady(server, publicText, adminPort);
   server.Run();
 }
