@@ -1,15 +1,14 @@
 // Which places each primitive overwrites when it is done with them: all that held a key, a text or a number under way.
 #include <gtest/gtest.h>
 
-#include <cstring>
+#include <string>
 
 #include "core/byte_buffer.h"
 #include "crypto/big_number.h"
 #include "crypto/md5.h"
 #include "crypto/montgomery.h"
-#include "crypto/random_generator.h"
+#include "crypto/random_object.h"
 #include "crypto/rc5.h"
-#include "crypto/session_cipher.h"
 #include "crypto/sha1.h"
 #include "support/toolkit.h"
 #include "support/wipe_recorder.h"
@@ -74,6 +73,26 @@ TEST_F(WipedPlaces, OfAKeyTableAreTheKeysWords) {
   Rc5Key key;
   Rc5ExpandKey(key, 20, bytes.data(), 16);
   EXPECT_EQ("256", wiped.Lengths());
+}
+
+TEST_F(WipedPlaces, OfAnObjectAreWhatItOwnsAndItself) {
+  {
+    const testing::Key key(byteStringKeyDescriptor, SomeBytes(20));
+    wiped.Lengths();
+  }
+  EXPECT_EQ("20 " + std::to_string(sizeof(KeyObject)), wiped.Lengths());
+  {
+    testing::Algorithm algorithm(base64Descriptor);
+    ASSERT_EQ(algorithm.Initialise(Direction::encipher), 0);
+    // The context is cleared before it is used.
+    EXPECT_EQ("12", wiped.Lengths());
+  }
+  EXPECT_EQ("12 " + std::to_string(sizeof(AlgorithmObject)), wiped.Lengths());
+  RandomObject* random = nullptr;
+  ASSERT_EQ(CreateRandom(&random), 0);
+  wiped.Lengths();
+  DestroyRandom(&random);
+  EXPECT_EQ(std::to_string(sizeof(RandomObject)), wiped.Lengths());
 }
 
 TEST_F(WipedPlaces, OfBase64AreTheBytesThatWaited) {

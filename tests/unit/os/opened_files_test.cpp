@@ -17,13 +17,16 @@ using ::testing::Each;
 
 class OpenedFiles : public InterruptedWrite {
  protected:
-  // The flags of each file that `work` opens in a child.
+  // The flags of each file that `work` opens in a child; what it makes is its owner's alone.
   std::vector<int> FlagsOf(const std::function<int()>& work) {
     std::vector<int> flags;
     const TracedRun run = RunTraced(work);
     refusal = run.refusal;
     for (const TracedCall& call : run.calls) {
-      if (call.number == SYS_openat) flags.push_back(static_cast<int>(call.arguments[2]));
+      if (call.number != SYS_openat) continue;
+      flags.push_back(static_cast<int>(call.arguments[2]));
+      if ((flags.back() & O_CREAT) == 0) continue;
+      EXPECT_EQ(0600u, call.arguments[3]);
     }
     return flags;
   }

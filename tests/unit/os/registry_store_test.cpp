@@ -117,6 +117,14 @@ TEST_F(Store, NamesBeyondTheLimitsAreRefused) {
   EXPECT_EQ(Strings{longest}, ValueNames(key));
 }
 
+TEST_F(Store, AValueHasUpTo64Megabytes) {
+  const std::string most(64 << 20, 'm');
+  EXPECT_EQ(errorInvalidParameter, Set(key, "Value", typeBinary, most + "m"));
+  EXPECT_EQ(errorFileNotFound, Get(key, "Value").error);
+  ASSERT_EQ(errorSuccess, Set(key, "Value", typeBinary, most));
+  EXPECT_TRUE(Get(key, "Value") == (StoredValue{errorSuccess, typeBinary, most}));
+}
+
 TEST_F(Store, SeveralSeparatorsAreOne) {
   OpenedKey made, opened;
   ASSERT_EQ(errorSuccess, made.Create(key, "\\a\\\\b\\"));
