@@ -75,6 +75,7 @@ TEST(StringAppendSigned, TheWidthCountsDigitsOnly) {
   EXPECT_EQ("-005", Signed(-5, 3));
   EXPECT_EQ("005", Signed(5, 3));
   EXPECT_EQ("-5", Signed(-5));
+  EXPECT_EQ("-1", Signed(-1));
   EXPECT_EQ("000", Signed(0, 3));
 }
 

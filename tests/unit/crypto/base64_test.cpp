@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstring>
 #include <memory>
 
 #include "core/byte_buffer.h"
@@ -258,6 +259,18 @@ TEST(Base64Decoder, LastCompleteGroupWaitsForTheFinalCall) {
   EXPECT_EQ(length, 3U);
   ASSERT_EQ(Base64DecodeFinal(context, out.data() + 3, &length, 13), 0);
   EXPECT_EQ(length, 3U);
+}
+
+TEST(Base64Decoder, AGroupFillsTheRoomThatIsLeft) {
+  // With and without four characters behind it.
+  for (const char* text : {"QUJDQ", "QUJDQUJD"}) {
+    Base64Context context{};
+    Bytes out(3);
+    std::uint32_t length;
+    EXPECT_EQ(Base64DecodeUpdate(context, out.data(), &length, 3, text, static_cast<std::uint32_t>(std::strlen(text))), 0);
+    EXPECT_EQ(length, 3U);
+    EXPECT_EQ(out, BytesOf("ABC"));
+  }
 }
 
 TEST(Base64Decoder, FinalLeavesTheContextReadyForTheNextMessage) {

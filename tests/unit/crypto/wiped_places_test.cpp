@@ -6,6 +6,7 @@
 #include "core/byte_buffer.h"
 #include "crypto/big_number.h"
 #include "crypto/md5.h"
+#include "crypto/message_digest.h"
 #include "crypto/montgomery.h"
 #include "crypto/random_object.h"
 #include "crypto/rc5.h"
@@ -38,6 +39,16 @@ TEST_F(WipedPlaces, OfDigestsAreWordsVariablesAndTheBlock) {
   EXPECT_EQ("64 20", wiped.Lengths());
   Sha1Final(sha1, digest);
   EXPECT_EQ("64 20 64", wiped.Lengths());
+}
+
+TEST_F(WipedPlaces, OfADigestedTextIsTheDigestToo) {
+  const String text("abc");
+  wiped.Lengths();
+  const ByteBuffer digest = DigestText(text, sha1Descriptor);
+  EXPECT_EQ(20u, digest.Length());
+  const std::string object = std::to_string(sizeof(AlgorithmObject)), context = std::to_string(sizeof(Sha1Context));
+  // The context is cleared, two pieces are digested and ended, context and object go; the digest at last.
+  EXPECT_EQ(context + " 64 20 64 " + context + " " + object + " 20", wiped.Lengths());
 }
 
 TEST_F(WipedPlaces, OfADigestOfHiddenLengthAreTheContextAndAllResults) {
