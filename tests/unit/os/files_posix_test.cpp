@@ -335,6 +335,8 @@ TEST_F(PosixFiles, ATempFileNameFillsItsAreaAndIsNeverLonger) {
   ASSERT_NE('/', fits.back());
   EXPECT_EQ(5u, Native().GetTempFileNameA(fits.c_str(), "kest", 5, name));
   EXPECT_EQ(fits + "/kes0005.tmp", name);
+  EXPECT_EQ(7u, Native().GetTempFileNameA(folder.c_str(), nullptr, 7, name));
+  EXPECT_EQ(folder + "/0007.tmp", name);
   EXPECT_EQ(6u, Native().GetTempFileNameA((fits + "/").c_str(), "kest", 6, name));
   EXPECT_EQ(fits + "/kes0006.tmp", name);
   EXPECT_EQ(0u, Native().GetTempFileNameA((fits + "x").c_str(), "kest", 5, name));
