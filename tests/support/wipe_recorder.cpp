@@ -12,7 +12,10 @@ thread_local int stacks = 0;
 }  // namespace
 
 // The names that the compiler gives to kest::Wipe; that of kest::WipeStack is the same everywhere.
-#ifdef _WIN32
+#if defined(_WIN64)
+#define KEST_REAL __real__ZN4kest4WipeEPvy
+#define KEST_WRAP __wrap__ZN4kest4WipeEPvy
+#elif defined(_WIN32)
 #define KEST_REAL __real__ZN4kest4WipeEPvj
 #define KEST_WRAP __wrap__ZN4kest4WipeEPvj
 #else
