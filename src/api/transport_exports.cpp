@@ -7,8 +7,9 @@ namespace {
 
 // The field at `index`, null when the index is out of range or the set is null.
 const NameValuePair* FieldAt(KestFieldSet* set, std::int32_t index) {
-  if (set == nullptr || index < 0) return nullptr;
+  if (set == nullptr) return nullptr;
   const NameValueList& fields = FromHandle(set)->Fields();
+  // A negative index becomes one that is beyond every count.
   const auto position = static_cast<std::uint32_t>(index);
   return position < fields.Count() ? &fields.At(position) : nullptr;
 }

@@ -19,6 +19,16 @@ TEST(Calendar, DaysBeyondTheirMonthAreRefusedAndLeaveTheResultAlone) {
   }
 }
 
+TEST(Calendar, EveryMonthEndsWithItsLastDay) {
+  const std::uint16_t lastDays[] = {31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
+  for (std::uint16_t month = 1; month <= 12; ++month) {
+    const std::uint16_t last = lastDays[month - 1];
+    FileTime steps{};
+    EXPECT_TRUE(ToFileTime({2001, month, 0, last, 0, 0, 0, 0}, &steps)) << month;
+    EXPECT_FALSE(ToFileTime({2001, month, 0, static_cast<std::uint16_t>(last + 1), 0, 0, 0, 0}, &steps)) << month;
+  }
+}
+
 TEST(Calendar, EveryFourthYearAndEveryFourthCenturyHaveALeapDay) {
   constexpr std::uint64_t stepsOfADay = 864000000000;
   const auto stepsOf = [](std::uint16_t year, std::uint16_t month, std::uint16_t day) {

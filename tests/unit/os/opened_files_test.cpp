@@ -111,6 +111,19 @@ TEST_F(OpenedFiles, WhereNoTemporaryFileCanBeMadeOneNameIsTried) {
   EXPECT_THAT(flags, ::testing::ElementsAre(IsMade()));
 }
 
+TEST_F(OpenedFiles, AccessIsAskedForReadingAndWritingAlone) {
+  const TracedRun run = RunTraced([this] {
+    for (int mode = 0; mode < 8; ++mode) Native()._access(store.c_str(), mode);
+    return 0;
+  });
+  KEST_TRACED_OR_SKIP(run);
+  std::vector<int> modes;
+  for (const TracedCall& call : run.calls) {
+    if (call.number == SYS_access) modes.push_back(static_cast<int>(call.arguments[1]));
+  }
+  EXPECT_EQ((std::vector<int>{0, 0, 2, 2, 4, 4, 6, 6}), modes);
+}
+
 TEST_F(OpenedFiles, NoStartedProgramInheritsASocket) {
   const TracedRun run = RunTraced([] {
     const Socket socket = Native().socket(addressFamilyInet, socketTypeStream, 0);

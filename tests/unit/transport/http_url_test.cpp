@@ -57,6 +57,8 @@ TEST(HttpUrl, ParseOfHostsWithoutAPathStopsAtWhatFollows) {
   EXPECT_EQ(Plain(HttpUrl::Parse("http://host?q").host), "host");
   EXPECT_EQ(Plain(HttpUrl::Parse("http://host#f").host), "host");
   EXPECT_EQ(HttpUrl::Parse("http://host:").port, 0);
+  EXPECT_EQ(Plain(HttpUrl::Parse("http://:81/").host), "");
+  EXPECT_EQ(HttpUrl::Parse("http://:81/").port, 81);
   EXPECT_EQ(Plain(HttpUrl::Parse("//host:81/").host), "host");
   EXPECT_EQ(HttpUrl::Parse("//host:81/").port, 81);
 }
