@@ -209,9 +209,10 @@ KEST_API void KEST_CALL KestClearOrder(KestCheckout* checkout);
  * is billed again or destroyed.
  *
  * Null: the code in the checkout tells why. KEST_ERROR_EXCHANGE: no valid answer came, and whether the card was charged
- * is unknown; do not just call again. Any other code is the server's refusal. A code that is as it was before: there was
- * no memory for the request, and nothing was sent. The code is not reset by a success. Once the server has confirmed the
- * charge the purchase is returned, also when there is no memory left or the receipt cannot be written.
+ * is unknown; do not just call again. Any other code is the server's refusal; 0 on a checkout that made no call before:
+ * there was no memory for the request, and nothing was sent. The code is not reset by a success, nor when nothing was
+ * sent: only a fresh checkout for every sale tells these apart. Once the server has confirmed the charge the purchase is
+ * returned, also when there is no memory left or the receipt cannot be written.
  *
  * What a reply says in "KEST-User-IDEx" and "KEST-Host" stays in the checkout's own fields and goes out with its later
  * requests.

@@ -62,11 +62,12 @@ async function askSince(number) {
 
 /** Brings the list up to a server that has counted so many requests; tells whether anything was new. */
 export async function updateRequests(count) {
-  if (newest ? newest.number === count : count === 0) return false;
+  if (!newest && count === 0) return false;
   // The newest known one is asked for again: when another has its number, the server was reset in between.
   let fresh = await askSince(newest ? newest.number - 1 : Math.max(0, count - most));
   if (newest && same(fresh[0], newest)) {
     fresh.shift();
+    if (fresh.length === 0) return false;
   } else if (newest) {
     list.replaceChildren();
     newest = null;
