@@ -7,6 +7,7 @@
  * card was charged; 4 the server refused, nothing was sold.
  */
 #include <kestapi.h>
+#include <signal.h>
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
@@ -38,17 +39,28 @@ static const char* Field(void* object, const char* name) {
   return OrEmpty(KestGetField(KEST_FIELDS(object), name));
 }
 
+/* Reads a whole number of digits alone, up to `most`; 0 when the text is none. What is not understood is not sold. */
+static int ReadNumber(const char* text, uint32_t most, uint32_t* number) {
+  uint64_t value = 0;
+  for (const char* next = text; *next != '\0'; ++next) {
+    if (*next < '0' || *next > '9') return 0;
+    value = 10 * value + (uint64_t)(*next - '0');
+    if (value > most) return 0;
+  }
+  *number = (uint32_t)value;
+  return text[0] != '\0';
+}
+
 static int ReadSettings(int count, char** arguments, Settings* settings) {
   const char* port = getenv("KEST_PORT");
   settings->server = getenv("KEST_SERVER");
   settings->guid = getenv("KEST_GUID");
   settings->keyFile = getenv("KEST_KEY_FILE");
-  if (count != 2 || settings->server == NULL || port == NULL || settings->guid == NULL || settings->keyFile == NULL) {
+  if (count != 2 || settings->server == NULL || port == NULL || settings->guid == NULL || settings->keyFile == NULL ||
+      !ReadNumber(port, 65535, &settings->port) || !ReadNumber(arguments[1], UINT32_MAX, &settings->sku)) {
     fprintf(stderr, "usage: sell SKU <CARD, with KEST_SERVER, KEST_PORT, KEST_KEY_FILE and KEST_GUID set\n");
     return 0;
   }
-  settings->port = (uint32_t)strtoul(port, NULL, 10);
-  settings->sku = (uint32_t)strtoul(arguments[1], NULL, 10);
   return 1;
 }
 
@@ -79,6 +91,11 @@ static enum Outcome PrintProducts(KestProductList* list) {
   }
   for (KestFieldSet* product; (product = KestNextProduct(list)) != NULL;) {
     printf("%-6s %-24s %s\n", Field(product, "SKU"), Field(product, "Name"), Field(product, "Price"));
+  }
+  /* What cannot be written now could not be told after the sale either. */
+  if (fflush(stdout) != 0) {
+    fprintf(stderr, "The output cannot be written. Nothing was charged.\n");
+    return notSold;
   }
   return sold;
 }
@@ -114,12 +131,18 @@ static enum Outcome Sell(KestCheckout* checkout, uint32_t sku, const char* card)
   if (purchase == NULL) return ExplainFailure(KestGetErrorCode(KEST_FIELDS(checkout)));
   printf("Charged %s, of which %s is tax.\n", Field(purchase, "KEST-TotalAmount"), Field(purchase, "KEST-TaxAmount"));
   printf("Transaction %s\n", Field(purchase, "KEST-TxN"));
+  /* It is a sale, whatever becomes of the output. */
+  if (fflush(stdout) != 0) fprintf(stderr, "Charged. Transaction %s\n", Field(purchase, "KEST-TxN"));
   return sold;
 }
 
 int main(int count, char** arguments) {
   Settings settings;
   char card[64];
+#ifdef SIGPIPE
+  /* A reader that has left must not end the program in the midst of a sale. */
+  signal(SIGPIPE, SIG_IGN);
+#endif
   if (!ReadSettings(count, arguments, &settings)) return wrongUsage;
   if (!ReadLine(stdin, card, sizeof card)) {
     fprintf(stderr, "The first line of the input is to be a card number.\n");

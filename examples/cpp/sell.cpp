@@ -4,10 +4,13 @@
 // KEST_SERVER, KEST_PORT, KEST_KEY_FILE (a file with the server's public key) and KEST_GUID are in the environment.
 // exit: 0 sold; 1 nothing was sold: this machine's fault, or no server answered; 2 usage; 3 nobody knows whether the
 // card was charged; 4 the server refused, nothing was sold.
+#include <charconv>
+#include <csignal>
 #include <cstdlib>
 #include <fstream>
 #include <iomanip>
 #include <iostream>
+#include <limits>
 
 #include "kest_objects.h"
 
@@ -39,8 +42,13 @@ std::string FirstLine(std::istream& input) {
   return line;
 }
 
-std::uint32_t Number(const std::string& text) {
-  return static_cast<std::uint32_t>(std::strtoul(text.c_str(), nullptr, 10));
+// A whole number of digits alone, up to `most`: what is not understood is not sold.
+std::uint32_t Number(const std::string& text, std::uint32_t most) {
+  std::uint32_t number = 0;
+  const char* end = text.data() + text.size();
+  const auto [next, error] = std::from_chars(text.data(), end, number);
+  if (error != std::errc() || next != end || number > most) throw UsageFailure();
+  return number;
 }
 
 // Says once for the whole process which server sells, and for which application.
@@ -49,7 +57,7 @@ void Configure() {
   const std::string guid = Environment("KEST_GUID"), keyFile = Environment("KEST_KEY_FILE");
   std::ifstream file(keyFile);
   const std::string key = FirstLine(file);
-  if (key.empty() || !KestSetServer(server.c_str(), Number(port), key.c_str())) {
+  if (key.empty() || !KestSetServer(server.c_str(), Number(port, 65535), key.c_str())) {
     throw Failure{Outcome::notSold, keyFile + " holds no public key of a server."};
   }
   KestSetApplicationGuid(guid.c_str());
@@ -70,6 +78,8 @@ void PrintProducts() {
     std::cout << std::left << std::setw(6) << kest::Field(product, "SKU") << ' ' << std::setw(24)
               << kest::Field(product, "Name") << ' ' << kest::Field(product, "Price") << '\n';
   }
+  // What cannot be written now could not be told after the sale either.
+  if (!std::cout.flush()) throw Failure{Outcome::notSold, "The output cannot be written. Nothing was charged."};
 }
 
 // The codes are the server's own: these are the sandbox's.
@@ -102,22 +112,29 @@ Outcome Sell(std::uint32_t sku, const std::string& card) {
   if (purchase == nullptr) return ExplainFailure(KestGetErrorCode(KEST_FIELDS(checkout.get())));
   std::cout << "Charged " << kest::Field(purchase, "KEST-TotalAmount") << ", of which "
             << kest::Field(purchase, "KEST-TaxAmount") << " is tax.\n"
-            << "Transaction " << kest::Field(purchase, "KEST-TxN") << '\n';
+            << "Transaction " << kest::Field(purchase, "KEST-TxN") << std::endl;
+  // It is a sale, whatever becomes of the output.
+  if (!std::cout) std::cerr << "Charged. Transaction " << kest::Field(purchase, "KEST-TxN") << '\n';
   return Outcome::sold;
 }
 
 Outcome Run(int count, char** arguments) {
   if (count != 2) throw UsageFailure();
+  const std::uint32_t sku = Number(arguments[1], std::numeric_limits<std::uint32_t>::max());
   Configure();
   const std::string card = FirstLine(std::cin);
   if (card.empty()) throw Failure{Outcome::wrongUsage, "The first line of the input is to be a card number."};
   PrintProducts();
-  return Sell(Number(arguments[1]), card);
+  return Sell(sku, card);
 }
 
 }  // namespace
 
 int main(int count, char** arguments) {
+#ifdef SIGPIPE
+  // A reader that has left must not end the program in the midst of a sale.
+  std::signal(SIGPIPE, SIG_IGN);
+#endif
   try {
     return static_cast<int>(Run(count, arguments));
   } catch (const Failure& failure) {

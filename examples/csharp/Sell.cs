@@ -5,6 +5,7 @@
 // exit: 0 sold; 1 nothing was sold: this machine's fault, or no server answered; 2 usage; 3 nobody knows whether the
 // card was charged; 4 the server refused, nothing was sold.
 using System;
+using System.Globalization;
 using System.IO;
 
 enum Outcome { Sold = 0, NotSold = 1, WrongUsage = 2, Unknown = 3, Refused = 4 }
@@ -39,12 +40,21 @@ static class Sell
         return Kestapi.Text(Kestapi.KestGetField(thing, name));
     }
 
+    // A whole number of digits alone, up to `most`: what is not understood is not sold.
+    static uint Number(string text, uint most)
+    {
+        uint number;
+        bool isNumber = uint.TryParse(text, NumberStyles.None, CultureInfo.InvariantCulture, out number);
+        if (!isNumber || number > most) throw UsageFailure();
+        return number;
+    }
+
     // Says once for the whole process which server sells, and for which application.
     static void Configure()
     {
         string server = Environment("KEST_SERVER"), guid = Environment("KEST_GUID");
         string keyFile = Environment("KEST_KEY_FILE");
-        uint port = uint.Parse(Environment("KEST_PORT"));
+        uint port = Number(Environment("KEST_PORT"), 65535);
         string key = File.ReadAllText(keyFile).Trim();
         if (key == "" || Kestapi.KestSetServer(server, port, key) == 0)
             throw new Failure(Outcome.NotSold, keyFile + " holds no public key of a server.");
@@ -83,9 +93,18 @@ static class Sell
             Kestapi.KestAddOrderLine(checkout, sku, 1);
             IntPtr purchase = Kestapi.KestBillCustomer(checkout);
             if (purchase == IntPtr.Zero) throw SaleFailure(Kestapi.KestGetErrorCode(checkout));
-            Console.WriteLine("Charged {0}, of which {1} is tax.",
-                Field(purchase, "KEST-TotalAmount"), Field(purchase, "KEST-TaxAmount"));
-            Console.WriteLine("Transaction {0}", Field(purchase, "KEST-TxN"));
+            string words = "Charged " + Field(purchase, "KEST-TotalAmount") + ", of which " +
+                Field(purchase, "KEST-TaxAmount") + " is tax." + System.Environment.NewLine +
+                "Transaction " + Field(purchase, "KEST-TxN");
+            // It is a sale, whatever becomes of the output.
+            try
+            {
+                Console.WriteLine(words);
+            }
+            catch (IOException)
+            {
+                Console.Error.WriteLine(words);
+            }
         }
         finally
         {
@@ -126,11 +145,12 @@ static class Sell
     static void Run(string[] arguments)
     {
         if (arguments.Length != 1) throw UsageFailure();
+        uint sku = Number(arguments[0], uint.MaxValue);
         Configure();
         string card = (Console.ReadLine() ?? "").Trim();
         if (card == "") throw new Failure(Outcome.WrongUsage, "The first line of the input is to be a card number.");
         PrintProducts();
-        SellOne(uint.Parse(arguments[0]), card);
+        SellOne(sku, card);
     }
 
     static int Main(string[] arguments)
@@ -145,12 +165,14 @@ static class Sell
             Console.Error.WriteLine(failure.Message);
             return (int)failure.Outcome;
         }
-        catch (DllNotFoundException error)
+        // Not found; of the other width; of another version.
+        catch (Exception error) when (error is DllNotFoundException || error is BadImageFormatException ||
+            error is EntryPointNotFoundException)
         {
             Console.Error.WriteLine("The library cannot be loaded: " + error.Message);
             return (int)Outcome.NotSold;
         }
-        catch (IOException error)
+        catch (Exception error) when (error is IOException || error is UnauthorizedAccessException)
         {
             Console.Error.WriteLine(error.Message);
             return (int)Outcome.NotSold;

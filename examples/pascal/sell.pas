@@ -9,7 +9,7 @@ program sell;
 {$mode objfpc}{$H+}
 
 uses
-  SysUtils, Math, kestapi;
+  {$ifdef unix} BaseUnix, {$endif} SysUtils, Math, kestapi;
 
 const
   Sold = 0;
@@ -62,6 +62,23 @@ begin
   end;
 end;
 
+{ A whole number of digits alone, up to Most: what is not understood is not sold. }
+function Number(const Text: string; Most: LongWord): LongWord;
+var
+  Value: QWord;
+  I: Integer;
+begin
+  Value := 0;
+  if Text = '' then raise UsageFailure;
+  for I := 1 to Length(Text) do
+  begin
+    if not (Text[I] in ['0'..'9']) then raise UsageFailure;
+    Value := 10 * Value + QWord(Ord(Text[I]) - Ord('0'));
+    if Value > Most then raise UsageFailure;
+  end;
+  Result := LongWord(Value);
+end;
+
 { Says once for the whole process which server sells, and for which application. }
 procedure Configure;
 var
@@ -72,7 +89,7 @@ begin
   KeyFile := Environment('KEST_KEY_FILE');
   Guid := Environment('KEST_GUID');
   Key := Trim(FirstLine(KeyFile));
-  if (Key = '') or (KestSetServer(PAnsiChar(Server), StrToInt(Port), PAnsiChar(Key)) = 0) then
+  if (Key = '') or (KestSetServer(PAnsiChar(Server), Number(Port, 65535), PAnsiChar(Key)) = 0) then
     raise EFailure.Create(NotSold, KeyFile + ' holds no public key of a server.');
   KestSetApplicationGuid(PAnsiChar(Guid));
 end;
@@ -103,6 +120,8 @@ begin
       WriteLn(Format('%-6s %-24s %s', [Field(Product, 'SKU'), Field(Product, 'Name'), Field(Product, 'Price')]));
       Product := KestNextProduct(List);
     end;
+    { What cannot be written now could not be told after the sale either. }
+    Flush(Output);
   finally
     KestDestroyProductList(List);
   end;
@@ -142,9 +161,15 @@ begin
     KestAddOrderLine(Checkout, Sku, 1);
     Purchase := KestBillCustomer(Checkout);
     if Purchase = nil then raise SaleFailure(KestGetErrorCode(Checkout));
-    WriteLn('Charged ', Field(Purchase, 'KEST-TotalAmount'), ', of which ', Field(Purchase, 'KEST-TaxAmount'),
-      ' is tax.');
-    WriteLn('Transaction ', Field(Purchase, 'KEST-TxN'));
+    { It is a sale, whatever becomes of the output. }
+    try
+      WriteLn('Charged ', Field(Purchase, 'KEST-TotalAmount'), ', of which ', Field(Purchase, 'KEST-TaxAmount'),
+        ' is tax.');
+      WriteLn('Transaction ', Field(Purchase, 'KEST-TxN'));
+      Flush(Output);
+    except
+      on EInOutError do WriteLn(StdErr, 'Charged. Transaction ', Field(Purchase, 'KEST-TxN'));
+    end;
   finally
     KestDestroyCheckout(Checkout);
   end;
@@ -153,19 +178,25 @@ end;
 procedure Run;
 var
   Card: string;
+  Sku: LongWord;
 begin
   if ParamCount <> 1 then raise UsageFailure;
+  Sku := Number(ParamStr(1), High(LongWord));
   Configure;
   ReadLn(Card);
   Card := Trim(Card);
   if Card = '' then raise EFailure.Create(WrongUsage, 'The first line of the input is to be a card number.');
   PrintProducts;
-  SellOne(StrToDWord(ParamStr(1)), Card);
+  SellOne(Sku, Card);
 end;
 
 begin
   { Free Pascal lets arithmetic raise exceptions, which code in other languages is not written for. }
   SetExceptionMask([exInvalidOp, exDenormalized, exZeroDivide, exOverflow, exUnderflow, exPrecision]);
+  {$ifdef unix}
+  { A reader that has left must not end the program in the midst of a sale. }
+  FpSignal(SIGPIPE, SignalHandler(SIG_IGN));
+  {$endif}
   ExitCode := Sold;
   try
     Run;

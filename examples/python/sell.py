@@ -8,6 +8,7 @@ was charged; 4 the server refused, nothing was sold.
 """
 import contextlib
 import os
+import signal
 import sys
 
 import kestapi
@@ -30,7 +31,7 @@ class Shop:
         self.library = kestapi.load()
         with open(key_file, encoding="ascii", errors="replace") as file:
             key = file.readline().strip()
-        if not key or not self.library.KestSetServer(kestapi.data(server), int(port), kestapi.data(key)):
+        if not key or not self.library.KestSetServer(kestapi.data(server), port, kestapi.data(key)):
             raise Failure(NOT_SOLD, f"{key_file} holds no public key of a server.")
         self.library.KestSetApplicationGuid(kestapi.data(guid))
 
@@ -59,6 +60,8 @@ class Shop:
                 raise Failure(REFUSED, f"The server refused the product list (error {error}). Nothing was charged.")
             while (product := self.library.KestNextProduct(products)) is not None:
                 print(f"{self.field(product, 'SKU'):6} {self.field(product, 'Name'):24} {self.field(product, 'Price')}")
+        # What cannot be written now could not be told after the sale either.
+        sys.stdout.flush()
 
     def sell(self, sku, card):
         with self.own("Checkout") as checkout:
@@ -67,9 +70,16 @@ class Shop:
             purchase = self.library.KestBillCustomer(checkout)
             if purchase is None:
                 raise sale_failure(self.library.KestGetErrorCode(checkout))
-            print(f"Charged {self.field(purchase, 'KEST-TotalAmount')}, "
-                  f"of which {self.field(purchase, 'KEST-TaxAmount')} is tax.")
-            print(f"Transaction {self.field(purchase, 'KEST-TxN')}")
+            words = (f"Charged {self.field(purchase, 'KEST-TotalAmount')}, "
+                     f"of which {self.field(purchase, 'KEST-TaxAmount')} is tax.\n"
+                     f"Transaction {self.field(purchase, 'KEST-TxN')}")
+            # It is a sale, whatever becomes of the output.
+            try:
+                print(words, flush=True)
+            except OSError:
+                print(words, file=sys.stderr)
+                # Nor may the end of the program try to write it again.
+                os.dup2(os.open(os.devnull, os.O_WRONLY), sys.stdout.fileno())
 
 
 def sale_failure(code):
@@ -82,10 +92,18 @@ def sale_failure(code):
     return Failure(REFUSED, f"The server refused the sale (error {code}): {meaning}. Nothing was charged.")
 
 
+def number(text, most):
+    """A whole number of digits alone, up to `most`: what is not understood is not sold."""
+    if not (text.isascii() and text.isdigit()) or int(text) > most:
+        raise ValueError(text)
+    return int(text)
+
+
 def run(arguments):
     try:
         settings = [os.environ[name] for name in ("KEST_SERVER", "KEST_PORT", "KEST_KEY_FILE", "KEST_GUID")]
         (sku,) = arguments
+        settings[1], sku = number(settings[1], 65535), number(sku, 0xFFFFFFFF)
     except (KeyError, ValueError):
         raise Failure(USAGE, "usage: sell.py SKU <CARD, with KEST_SERVER, KEST_PORT, KEST_KEY_FILE and KEST_GUID set") from None
     card = sys.stdin.readline().strip()
@@ -95,8 +113,12 @@ def run(arguments):
         shop = Shop(*settings)
     except OSError as error:
         raise Failure(NOT_SOLD, str(error)) from None
-    shop.print_products()
-    shop.sell(int(sku), card)
+    try:
+        shop.print_products()
+    except OSError as error:
+        os.dup2(os.open(os.devnull, os.O_WRONLY), sys.stdout.fileno())
+        raise Failure(NOT_SOLD, f"The output cannot be written ({error}). Nothing was charged.") from None
+    shop.sell(sku, card)
 
 
 def main():
@@ -109,4 +131,6 @@ def main():
 
 
 if __name__ == "__main__":
+    # Ctrl-C ends the program at once, also while the library waits: the outcome then is unknown, and looks like it.
+    signal.signal(signal.SIGINT, signal.SIG_DFL)
     sys.exit(main())

@@ -148,6 +148,35 @@ class Sale(unittest.TestCase):
             self.assertEqual(USAGE, self.sell(arguments=arguments)[0])
         self.assert_nothing_was_billed()
 
+    def test_what_is_no_number_is_a_usage_error(self):
+        for sku in ("abc", "-1", "7:2", "10 42", "1042x", "4294967296", "4294968338", "''"):
+            with self.subTest(sku=sku):
+                code, _, words = self.sell(arguments=" " + sku)
+                self.assertEqual(USAGE, code)
+                self.assertIn("usage", words)
+        for port in ("http", "-1", "65536", "80x"):
+            with self.subTest(port=port):
+                self.assertEqual(USAGE, self.sell(KEST_PORT=port)[0])
+        self.assert_nothing_was_billed()
+
+    def test_an_output_that_cannot_be_written_is_noticed_before_the_sale(self):
+        code, _, words = self.sell(arguments=" 1042 >/dev/full")
+        if "wine" in COMMAND:
+            # Wine takes the bytes and says that they are written.
+            self.assertEqual((SOLD, 1), (code, self.books()[0]), words)
+            return
+        self.assertEqual(NOT_SOLD, code, words)
+        self.assert_nothing_was_billed()
+
+    def test_a_reader_that_leaves_does_not_make_a_sale_none(self):
+        # The reader has left by the time that the answer to the sale comes.
+        admin("/faults", {"faults": [{"kind": "delay", "milliseconds": 700, "service": "BillCustomer"}]})
+        code, _, words = self.sell(arguments=" 1042 | head -n 1 >/dev/null; exit ${PIPESTATUS[0]}")
+        sales, _, billings = self.books()
+        self.assertEqual((SOLD, 1), (code, sales), words)
+        if "wine" not in COMMAND:
+            self.assertIn("Transaction " + billings[0][1]["KEST-TxN"], words)
+
     def test_an_input_without_a_card_is_a_usage_error(self):
         self.assertEqual(USAGE, self.sell(card="")[0])
         self.assert_nothing_was_billed()
