@@ -1,5 +1,6 @@
 #include "past_sales.h"
 
+#include <errno.h>
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
@@ -98,7 +99,7 @@ static BOOL ParseLine(wchar_t* line, PastSale* sale) {
 
 /* ---- The file ------------------------------------------------------------------------------------------------- */
 
-static BOOL AppendText(const PastSales* list, const char* text) {
+static BOOL AppendText(PastSales* list, const char* text) {
   DWORD written = 0;
   BOOL done;
   const HANDLE file = CreateFileW(list->path, FILE_APPEND_DATA, FILE_SHARE_READ, NULL, OPEN_ALWAYS, 0, NULL);
@@ -110,27 +111,29 @@ static BOOL AppendText(const PastSales* list, const char* text) {
   return done;
 }
 
-static BOOL Append(const PastSales* list, const PastSale* sale) {
+/* A line must not become the end of one that was cut off, by a power failure or a full disk: that one is ended first. */
+static BOOL Append(PastSales* list, const PastSale* sale) {
   char line[LINE_BYTES];
   FormatLine(sale, line);
-  return AppendText(list, line);
+  if (list->isCut && !AppendText(list, "\r\n")) return FALSE;
+  list->isCut = !AppendText(list, line);
+  return !list->isCut;
 }
 
-/* Answers whether the last line is whole. */
+/* False when the file could not be read to its end, or there is no memory for its sales. */
 static BOOL ReadLines(PastSales* list, FILE* file) {
   char bytes[LINE_BYTES];
   wchar_t text[LINE_BYTES];
   PastSale sale;
-  BOOL isWhole = TRUE;
   while (fgets(bytes, sizeof bytes, file) != NULL) {
     char* end = strpbrk(bytes, "\r\n");
-    isWhole = end != NULL;
-    if (!isWhole) continue;
+    list->isCut = end == NULL;
+    if (list->isCut) continue;
     *end = '\0';
     FromServer(text, LINE_BYTES, bytes);
-    if (ParseLine(text, &sale)) Remember(list, &sale);
+    if (ParseLine(text, &sale) && !Remember(list, &sale)) return FALSE;
   }
-  return isWhole;
+  return ferror(file) == 0;
 }
 
 /* Sales that were left as started ended without anybody seeing how. */
@@ -163,20 +166,20 @@ static BOOL FindPath(PastSales* list, const char* guid) {
 
 BOOL OpenPastSales(PastSales* list, const char* guid) {
   FILE* file;
-  BOOL isWhole;
+  BOOL isRead;
   memset(list, 0, sizeof *list);
-  if (!FindPath(list, guid)) {
-    list->path[0] = L'\0';
-    return FALSE;
+  isRead = FindPath(list, guid);
+  file = isRead ? _wfopen(list->path, L"rb") : NULL;
+  if (file != NULL) {
+    isRead = ReadLines(list, file);
+    fclose(file);
+  } else if (isRead) {
+    isRead = errno == ENOENT; /* nothing was bought yet */
   }
-  file = _wfopen(list->path, L"rb");
-  if (file == NULL) return TRUE; /* nothing was bought yet */
-  isWhole = ReadLines(list, file);
-  fclose(file);
-  /* The next line must not become the end of one that a power failure cut off. */
-  if (!isWhole) AppendText(list, "\r\n");
   SettleStartedSales(list);
-  return TRUE;
+  /* A list that is not known whole may lack a sale of unknown outcome: nothing is sold then. */
+  if (!isRead) list->path[0] = L'\0';
+  return isRead;
 }
 
 /* ---- Sales ---------------------------------------------------------------------------------------------------- */

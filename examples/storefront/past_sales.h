@@ -33,14 +33,15 @@ typedef struct PastSale {
 } PastSale;
 
 typedef struct PastSales {
-  wchar_t path[MAX_PATH]; /* empty when there is no place for the file */
+  wchar_t path[MAX_PATH]; /* empty when there is no place for the file, or it could not be read */
   PastSale* sales;        /* the oldest first */
   unsigned count;
   unsigned capacity;
   unsigned lastId;
+  BOOL isCut; /* the file ends with a part of a line */
 } PastSales;
 
-/* Reads the sales of an application. False when they cannot be kept: there is no folder for them. */
+/* Reads the sales of an application. False when they cannot be kept or not all be read: no sale is begun then. */
 BOOL OpenPastSales(PastSales* list, const char* guid);
 
 /* Gives the sale its numbers and the time, and writes it down as started. False when that failed: do not sell then. */

@@ -50,6 +50,19 @@ TEST_F(PastSales, CutLineCostsNeitherTheSalesBeforeNorTheNextOne) {
   EXPECT_EQ(2u, app->PastSales().size());
 }
 
+TEST_F(PastSales, ListThatCannotBeReadSellsNothing) {
+  // Another program holds it for itself while this one starts, and has gone when something is bought.
+  std::filesystem::create_directories(std::filesystem::path(SalesFile()).parent_path());
+  const HANDLE held = CreateFileA(SalesFile().c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, 0, nullptr);
+  ASSERT_NE(INVALID_HANDLE_VALUE, held);
+  Open();
+  CloseHandle(held);
+  const unsigned before = RequestCount();
+  Order(1, "1");
+  EXPECT_TRUE(WaitForMessage(L"Your purchases cannot be written down"));
+  EXPECT_EQ(before, RequestCount());
+}
+
 TEST_F(PastSales, ListThatCannotBeWrittenSellsNothing) {
   Open();
   // A folder in the file's place.
