@@ -1,8 +1,11 @@
 // kest-sandbox: the commerce server that applications are developed and tested against.
 #include <CLI/CLI.hpp>
+#include <charconv>
 #include <cmath>
 #include <exception>
 #include <iostream>
+#include <string>
+#include <system_error>
 
 #include "commands.h"
 
@@ -23,6 +26,16 @@ void DescribeInit(CLI::App& app, sandbox::InitOptions& options) {
       ->capture_default_str();
 }
 
+// What is wrong with the text of a seed; empty for a number below 2^64. Left alone, a sign, a leading zero and what is too
+// large would be taken, each for another number.
+std::string NotASeed(const std::string& text) {
+  std::uint64_t seed = 0;
+  const char* end = text.data() + text.size();
+  const auto [next, error] = std::from_chars(text.data(), end, seed);
+  const bool isSeed = error == std::errc() && next == end && (text[0] != '0' || text.size() == 1);
+  return isSeed ? "" : "the seed is a decimal number below 2^64, not " + text;
+}
+
 void DescribeServe(CLI::App& app, sandbox::ServeOptions& options, Numbers& numbers) {
   const auto count = [](std::size_t least, std::size_t most) { return CLI::Range(least, most); };
   app.add_option("DIR", options.folder, "Folder that init made")->required();
@@ -31,7 +44,7 @@ void DescribeServe(CLI::App& app, sandbox::ServeOptions& options, Numbers& numbe
   app.add_option("--admin", options.admin,
                  "Loopback address and port on which tests ask for faults and look at requests");
   app.add_option("--faults", options.faults, "File of faults to begin with");
-  app.add_option("--seed", options.seed, "Draw the same challenges and connection ids in every run");
+  app.add_option("--seed", options.seed, "Draw the same challenges and connection ids in every run")->check(NotASeed);
   app.add_option("--clock", options.clock, "Date sales and requests with this time, such as 2026-01-05T10:00:00Z");
   app.add_option("--session-seconds", numbers.sessionSeconds, "Seconds from a handshake until its session expires")
       ->check(count(1, 86400))

@@ -124,6 +124,12 @@ TEST_F(Program, NumberThatIsNoneIsWrongUsage) {
   }
 }
 
+TEST_F(Program, SeedThatIsNoNumberBelow2ToThe64thIsWrongUsage) {
+  for (const char* seed : {"-1", "+1", "010", "0x10", "18446744073709551616", "1 ", "x", ""}) {
+    EXPECT_THAT(WordsOfFailure({"serve", shop, std::string("--seed=") + seed}, 2), HasSubstr("--seed")) << seed;
+  }
+}
+
 TEST_F(Program, HelpExitsWith0) {
   Process help({"serve", "--help"});
   EXPECT_EQ(help.Wait(), 0);
