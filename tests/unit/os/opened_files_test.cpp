@@ -15,27 +15,19 @@ namespace {
 using ::testing::Contains;
 using ::testing::Each;
 
-class OpenedFiles : public InterruptedWrite {
- protected:
-  // The flags of each file that `work` opens in a child; what it makes is its owner's alone.
-  std::vector<int> FlagsOf(const std::function<int()>& work) {
-    std::vector<int> flags;
-    const TracedRun run = RunTraced(work);
-    refusal = run.refusal;
-    for (const TracedCall& call : run.calls) {
-      if (call.number != SYS_openat) continue;
-      flags.push_back(static_cast<int>(call.arguments[2]));
-      if ((flags.back() & O_CREAT) == 0) continue;
-      EXPECT_EQ(0600u, call.arguments[3]);
-    }
-    return flags;
+class OpenedFiles : public InterruptedWrite {};
+
+// The flags of each file that a child opened; what it made must be its owner's alone.
+std::vector<int> FlagsOf(const TracedRun& run) {
+  std::vector<int> flags;
+  for (const TracedCall& call : run.calls) {
+    if (call.number != SYS_openat) continue;
+    flags.push_back(static_cast<int>(call.arguments[2]));
+    if ((flags.back() & O_CREAT) == 0) continue;
+    EXPECT_EQ(0600u, call.arguments[3]);
   }
-
-  std::string refusal;
-};
-
-#define KEST_FLAGS_OR_SKIP() \
-  if (!refusal.empty()) GTEST_SKIP() << "the child could not be traced: " << refusal
+  return flags;
+}
 
 MATCHER(LeadsOn, "is a directory's, and no started program's") {
   return (arg & (O_DIRECTORY | O_CLOEXEC | O_ACCMODE | O_CREAT)) == (O_DIRECTORY | O_CLOEXEC | O_RDONLY);
@@ -50,65 +42,66 @@ MATCHER(IsReadWithoutTrust, "neither follows a link nor waits for a writer, nor 
 TEST_F(OpenedFiles, WritingAValueOpensEachAsItMust) {
   // A leftover is looked at on the way.
   std::ofstream(store + "/HKEY_CURRENT_USER/.new-1-1") << "x";
-  const std::vector<int> flags = FlagsOf([&] {
+  const TracedRun run = RunTraced([&] {
     OpenedKey opened;
     return opened.Create(CurrentUser(), path.c_str()) + Set(opened, "Value", typeString, "data");
   });
-  KEST_FLAGS_OR_SKIP();
-  EXPECT_THAT(flags, Each(::testing::AnyOf(LeadsOn(), IsMade(), IsReadWithoutTrust())));
-  EXPECT_THAT(flags, Contains(LeadsOn()));
-  EXPECT_THAT(flags, Contains(IsMade()).Times(1));
+  KEST_TRACED_OR_SKIP(run);
+  EXPECT_THAT(FlagsOf(run), Each(::testing::AnyOf(LeadsOn(), IsMade(), IsReadWithoutTrust())));
+  EXPECT_THAT(FlagsOf(run), Contains(LeadsOn()));
+  EXPECT_THAT(FlagsOf(run), Contains(IsMade()).Times(1));
 }
 
 TEST_F(OpenedFiles, MakingAKeyOpensEachAsItMust) {
-  const std::vector<int> flags = FlagsOf([&] {
+  const TracedRun run = RunTraced([&] {
     OpenedKey made;
     return made.Create(key, "A Name With Capitals");
   });
-  KEST_FLAGS_OR_SKIP();
-  EXPECT_THAT(flags, Each(::testing::AnyOf(LeadsOn(), IsMade())));
-  EXPECT_THAT(flags, Contains(IsMade()).Times(1));
-  EXPECT_THAT(flags, Contains(LeadsOn()));
+  KEST_TRACED_OR_SKIP(run);
+  EXPECT_THAT(FlagsOf(run), Each(::testing::AnyOf(LeadsOn(), IsMade())));
+  EXPECT_THAT(FlagsOf(run), Contains(IsMade()).Times(1));
+  EXPECT_THAT(FlagsOf(run), Contains(LeadsOn()));
 }
 
 TEST_F(OpenedFiles, ReadingAndListingOpensEachAsItMust) {
   OpenedKey made;
   ASSERT_EQ(errorSuccess, made.Create(key, "A Name With Capitals"));
-  const std::vector<int> flags = FlagsOf([&] {
+  const TracedRun run = RunTraced([&] {
     const bool isRead = Get(key, "Value").error == errorSuccess;
     return isRead && ValueNames(key).size() == 2 && KeyNames(key).size() == 1;
   });
-  KEST_FLAGS_OR_SKIP();
-  EXPECT_THAT(flags, Each(::testing::AnyOf(LeadsOn(), IsReadWithoutTrust())));
-  EXPECT_THAT(flags, Contains(IsReadWithoutTrust()));
-  EXPECT_THAT(flags, Contains(LeadsOn()));
+  KEST_TRACED_OR_SKIP(run);
+  EXPECT_THAT(FlagsOf(run), Each(::testing::AnyOf(LeadsOn(), IsReadWithoutTrust())));
+  EXPECT_THAT(FlagsOf(run), Contains(IsReadWithoutTrust()));
+  EXPECT_THAT(FlagsOf(run), Contains(LeadsOn()));
 }
 
 TEST_F(OpenedFiles, ACopyIsMadeOfWhatIsNotWaitedFor) {
   const std::string from = store + "/from", to = store + "/to";
   std::ofstream(from) << "x";
-  std::vector<int> flags = FlagsOf([&] { return Native().CopyFileA(from.c_str(), to.c_str(), true); });
-  KEST_FLAGS_OR_SKIP();
+  TracedRun run = RunTraced([&] { return Native().CopyFileA(from.c_str(), to.c_str(), true); });
+  KEST_TRACED_OR_SKIP(run);
   EXPECT_EQ((std::vector<int>{O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC, O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC}),
-            flags);
-  flags = FlagsOf([&] { return Native().CopyFileA(from.c_str(), to.c_str(), false); });
+            FlagsOf(run));
+  run = RunTraced([&] { return Native().CopyFileA(from.c_str(), to.c_str(), false); });
   // The name beside the destination is mkostemp's, which asks for both.
-  EXPECT_EQ((std::vector<int>{O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC, O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC}), flags);
+  EXPECT_EQ((std::vector<int>{O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC, O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC}),
+            FlagsOf(run));
 }
 
 TEST_F(OpenedFiles, ATemporaryFileIsMade) {
   char name[4096];
-  const std::vector<int> flags = FlagsOf([&] { return Native().GetTempFileNameA(store.c_str(), "a", 0, name) != 0; });
-  KEST_FLAGS_OR_SKIP();
-  EXPECT_THAT(flags, ::testing::ElementsAre(IsMade()));
+  const TracedRun run = RunTraced([&] { return Native().GetTempFileNameA(store.c_str(), "a", 0, name) != 0; });
+  KEST_TRACED_OR_SKIP(run);
+  EXPECT_THAT(FlagsOf(run), ::testing::ElementsAre(IsMade()));
 }
 
 TEST_F(OpenedFiles, WhereNoTemporaryFileCanBeMadeOneNameIsTried) {
   char name[4096];
   const std::string nowhere = store + "/nowhere";
-  const std::vector<int> flags = FlagsOf([&] { return Native().GetTempFileNameA(nowhere.c_str(), "a", 0, name) != 0; });
-  KEST_FLAGS_OR_SKIP();
-  EXPECT_THAT(flags, ::testing::ElementsAre(IsMade()));
+  const TracedRun run = RunTraced([&] { return Native().GetTempFileNameA(nowhere.c_str(), "a", 0, name) != 0; });
+  KEST_TRACED_OR_SKIP(run);
+  EXPECT_THAT(FlagsOf(run), ::testing::ElementsAre(IsMade()));
 }
 
 TEST_F(OpenedFiles, AccessIsAskedForReadingAndWritingAlone) {
